@@ -1,0 +1,46 @@
+# qv_add_test(Name SOURCES a.cpp b.cpp [LIBS ...] [LABELS unit|integration|corpus|fuzz|stress]
+#             [TIMEOUT seconds] [ENV VAR=value ...] [NO_MAIN])
+# Builds one GoogleTest executable and registers it with CTest. Every test sees the build's
+# producer folder on GENICAM_GENTL64_PATH and the shared description corpus in QV_GENICAM_XML_DIR.
+function(qv_add_test name)
+    cmake_parse_arguments(T "NO_MAIN" "TIMEOUT" "SOURCES;LIBS;LABELS;ENV;DEPENDS" ${ARGN})
+    add_executable(${name} ${T_SOURCES})
+    if(T_NO_MAIN)
+        target_link_libraries(${name} PRIVATE GTest::gtest GTest::gmock ${T_LIBS} Threads::Threads)
+    else()
+        target_link_libraries(${name} PRIVATE GTest::gtest_main GTest::gmock ${T_LIBS} Threads::Threads)
+    endif()
+    target_include_directories(${name} PRIVATE ${CMAKE_SOURCE_DIR} ${CMAKE_SOURCE_DIR}/tests/support)
+    if(T_DEPENDS)
+        add_dependencies(${name} ${T_DEPENDS})
+    endif()
+    add_test(NAME ${name} COMMAND ${name})
+    if(NOT T_LABELS)
+        set(T_LABELS unit)
+    endif()
+    if(NOT T_TIMEOUT)
+        set(T_TIMEOUT 300)
+    endif()
+    set_tests_properties(${name} PROPERTIES LABELS "${T_LABELS}" TIMEOUT ${T_TIMEOUT}
+        ENVIRONMENT "GENICAM_GENTL64_PATH=${QV_GENTL_BUILD_DIR};QV_GENICAM_XML_DIR=${QV_GENICAM_XML_DIR};QV_BUILD_DIR=${CMAKE_BINARY_DIR};QV_SOURCE_DIR=${CMAKE_SOURCE_DIR};${T_ENV}")
+endfunction()
+
+# Where the shared corpus of real descriptions lives (tests skip when it is absent).
+if(NOT DEFINED QV_GENICAM_XML_DIR)
+    get_filename_component(QV_GENICAM_XML_DIR "${CMAKE_SOURCE_DIR}/../shared/genicam-xml" ABSOLUTE)
+endif()
+set(QV_GENICAM_XML_DIR "${QV_GENICAM_XML_DIR}" CACHE PATH "Folder of real GenICam descriptions")
+
+# qv_add_producer(target SOURCES ...) builds a GenTL producer named lib<target>.cti into the
+# build tree's producer folder.
+function(qv_add_producer target)
+    cmake_parse_arguments(P "" "OUTPUT_NAME" "SOURCES;LIBS" ${ARGN})
+    add_library(${target} MODULE ${P_SOURCES})
+    if(NOT P_OUTPUT_NAME)
+        set(P_OUTPUT_NAME ${target})
+    endif()
+    set_target_properties(${target} PROPERTIES PREFIX "lib" SUFFIX ".cti" OUTPUT_NAME ${P_OUTPUT_NAME}
+        LIBRARY_OUTPUT_DIRECTORY ${QV_GENTL_BUILD_DIR})
+    target_link_libraries(${target} PRIVATE ${P_LIBS} Threads::Threads)
+    target_link_options(${target} PRIVATE -Wl,--no-undefined)
+endfunction()

@@ -3,3 +3,13 @@
 // The SDK's public interface: include this one header.
 #include <GenICam.h>
 #include <QvApi/QvApiDefs.h>
+#include <QvApi/QvGenTLErrorException.h>
+#include <QvApi/QvLinuxErrorException.h>
+#include <QvApi/CLockBySemaphore.h>
+#include <QvApi/EventObject.h>
+#include <QvApi/Worker.h>
+#include <QvApi/QvCallback.h>
+#include <QvApi/FPS.h>
+#include <QvApi/BPS.h>
+#include <QvApi/QvString.h>
+#include <QvApi/QvUtilities.h>

@@ -1,0 +1,6 @@
+# QvApi_TL: the SDK's public modules.
+target_sources(QvApi_TL PRIVATE
+    ${CMAKE_SOURCE_DIR}/QvApi_TL/BPS.cpp
+    ${CMAKE_SOURCE_DIR}/QvApi_TL/FPS.cpp
+    ${CMAKE_SOURCE_DIR}/QvApi_TL/QvString.cpp
+)

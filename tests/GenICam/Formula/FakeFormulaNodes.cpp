@@ -86,6 +86,17 @@ int32_t CFakeFormulaNodes::AddSlot(Slot_t slot)
 
 int32_t CFakeFormulaNodes::Resolve(const std::string& name, EFormulaKind_t kind)
 {
+    const auto known = m_resolved.find({name, kind});
+    if (known != m_resolved.end())
+        return known->second;
+    const int32_t slot = ResolveNew(name, kind);
+    if (slot >= 0)
+        m_resolved[{name, kind}] = slot;
+    return slot;
+}
+
+int32_t CFakeFormulaNodes::ResolveNew(const std::string& name, EFormulaKind_t kind)
+{
     const size_t dot = name.find('.');
     const std::string variable = name.substr(0, dot);
     const auto found = m_variables.find(variable);

@@ -86,8 +86,10 @@ private:
         std::string error;
     };
     int32_t AddSlot(Slot_t slot);
+    int32_t ResolveNew(const std::string& name, EFormulaKind_t kind);
 
     std::map<std::string, std::shared_ptr<FakeNode_t>> m_variables;
     std::vector<Slot_t> m_slots;
+    std::map<std::pair<std::string, EFormulaKind_t>, int32_t> m_resolved; // one slot per name and kind
 };
 } // namespace FormulaTest

@@ -13,3 +13,10 @@
 #include <QvApi/BPS.h>
 #include <QvApi/QvString.h>
 #include <QvApi/QvUtilities.h>
+#include <QvApi/QvReleasable.h>
+#include <QvApi/QvAllocator.h>
+#include <QvApi/QvPixelFormat.h>
+#include <QvApi/QvPixelComponent.h>
+#include <QvApi/QvImage.h>
+#include <QvApi/QvImageBuffer.h>
+#include <QvApi/QvApiFunctions.h>

@@ -103,7 +103,11 @@ void CQvImageBuffer::SetSize(size_t width, size_t height, EQvPixelFormatNamingCo
         QV_THROW_EMPTY(BadAllocException);
     void* pBuffer = nullptr;
     void* pUserContext = nullptr;
-    m_pAllocator->Allocate(&pBuffer, requiredSize, &pUserContext);
+    try
+    {
+        m_pAllocator->Allocate(&pBuffer, requiredSize, &pUserContext);
+    }
+    QV_CATCH_BAD_ALLOC() // an application allocator that throws instead of answering null
     if (QV_UNLIKELY(pBuffer == nullptr))
         QV_THROW_EMPTY(BadAllocException);
     m_pBuffer = pBuffer;

@@ -175,9 +175,11 @@ bool MakeChartBGR(IQvImage* pIQvImage, uint32_t memoryInitialization, bool rgbOr
 
     for (size_t y = 0; y < H; ++y)
     {
+        // Images under five lines have patches of no height: all black.
+        const size_t rowPeriod = patchHeight + verticalGap;
         const size_t inRows = y - top; // wraps for the top margin, which the test below rejects
-        const size_t patchRow = y < top ? 4 : inRows / (patchHeight + verticalGap);
-        if (patchRow >= 4 || inRows % (patchHeight + verticalGap) >= patchHeight)
+        const size_t patchRow = y < top || rowPeriod == 0 ? 4 : inRows / rowPeriod;
+        if (patchRow >= 4 || inRows % rowPeriod >= patchHeight)
         {
             CopyLine(target, y, black);
             continue;

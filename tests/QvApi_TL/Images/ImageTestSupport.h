@@ -211,6 +211,7 @@ public:
         auto block = std::make_unique<std::vector<uint8_t>>(size + 2 * kGuardBytes, kGuardValue);
         *ppBuffer = block->data() + kGuardBytes;
         *ppContext = block.get();
+        lastAllocateContext = block.get();
         m_blocks.push_back(std::move(block));
     }
 
@@ -248,6 +249,7 @@ public:
     int deallocateCount = 0;
     int deregisterCount = 0;
     size_t lastAllocateSize = 0;
+    void* lastAllocateContext = nullptr;
     size_t lastDeallocateSize = 0;
     void* lastDeallocateContext = nullptr;
 

@@ -1,0 +1,319 @@
+#include "Engine/NodeMap/NodeMapImpl.h"
+
+#include <algorithm>
+
+#include <Base/GCException.h>
+#include <GenApi/IPort.h>
+
+#include "Engine/Nodes/ConverterNode.h"
+#include "Engine/Nodes/IntConverterNode.h"
+#include "Engine/Nodes/IntSwissKnifeNode.h"
+#include "Engine/Nodes/Node.h"
+#include "Engine/Nodes/PortNode.h"
+#include "Engine/Nodes/SwissKnifeNode.h"
+
+namespace GenApi
+{
+CNodeMapImpl::CNodeMapImpl(const GenICam::gcstring& deviceName, CLock* pUserLock)
+    : m_deviceName(deviceName), m_pLock(pUserLock ? pUserLock : &m_ownLock)
+{
+}
+
+CNodeMapImpl::~CNodeMapImpl() = default;
+
+// ---------------------------------------------------------------- building
+
+CNode* CNodeMapImpl::AddNode(std::unique_ptr<CNode> pNode)
+{
+    CNode* pRaw = pNode.get();
+    m_byName.emplace(pRaw->Name(), pRaw);
+    m_nodes.push_back(std::move(pNode));
+    return pRaw;
+}
+
+void CNodeMapImpl::ReserveOrder(std::string_view name)
+{
+    if (name.empty())
+        return;
+    if (m_orderIndex.find(name) != m_orderIndex.end())
+        return;
+    const std::string_view stored = m_arena.Store(name);
+    m_orderIndex.emplace(stored, m_orderNames.size());
+    m_orderNames.push_back(stored);
+}
+
+CNode* CNodeMapImpl::FindNode(std::string_view name) const
+{
+    auto it = m_byName.find(name);
+    return it == m_byName.end() ? nullptr : it->second;
+}
+
+void CNodeMapImpl::FinishLoading()
+{
+    m_ordered.clear();
+    m_ordered.reserve(m_nodes.size());
+    for (std::string_view name : m_orderNames)
+        if (CNode* pNode = FindNode(name))
+            m_ordered.push_back(pNode);
+    if (m_ordered.size() != m_nodes.size())
+    {
+        // Nodes whose names never showed up in the scan (should not happen): keep them anyway.
+        for (const std::unique_ptr<CNode>& pNode : m_nodes)
+            if (m_orderIndex.find(pNode->Name()) == m_orderIndex.end())
+                m_ordered.push_back(pNode.get());
+    }
+    m_orderIndex.clear();
+    m_orderNames.clear();
+    m_ports.clear();
+    m_polled.clear();
+    for (CNode* pNode : m_ordered)
+    {
+        if (CPortNode* pPort = dynamic_cast<CPortNode*>(pNode))
+            m_ports.push_back(pPort);
+        if (pNode->PollingTimeMs() > 0)
+            m_polled.push_back(pNode);
+    }
+}
+
+// ---------------------------------------------------------------- invalidation and callbacks
+
+void CNodeMapImpl::NotifyChangedLocked(CNode* pNode, bool /*dropDeviceCache*/)
+{
+    const uint32_t epoch = ++m_walkEpoch;
+    m_walkStack.clear();
+    m_walkStack.push_back(pNode);
+    pNode->m_walkEpoch = epoch;
+    while (!m_walkStack.empty())
+    {
+        CNode* pCurrent = m_walkStack.back();
+        m_walkStack.pop_back();
+        pCurrent->DropCacheLocked();
+        QueueCallbacksLocked(pCurrent);
+        for (CNode* pDependent : pCurrent->Dependents())
+            if (pDependent->m_walkEpoch != epoch)
+            {
+                pDependent->m_walkEpoch = epoch;
+                m_walkStack.push_back(pDependent);
+            }
+    }
+}
+
+void CNodeMapImpl::QueueCallbacksLocked(CNode* pNode)
+{
+    if (pNode->Callbacks().empty() || pNode->m_notifyEpoch == m_notifyEpoch)
+        return;
+    pNode->m_notifyEpoch = m_notifyEpoch;
+    m_queued.push_back(pNode);
+}
+
+CNodeMapImpl::CCallbackScope::CCallbackScope(CNodeMapImpl* pMap) : m_pMap(pMap)
+{
+    m_pMap->m_pLock->Lock();
+    ++m_pMap->m_scopeDepth;
+}
+
+CNodeMapImpl::CCallbackScope::~CCallbackScope()
+{
+    if (--m_pMap->m_scopeDepth == 0 && !m_pMap->m_queued.empty())
+    {
+        m_pMap->FireQueuedCallbacks();
+        return; // FireQueuedCallbacks released the lock
+    }
+    m_pMap->m_pLock->Unlock();
+}
+
+void CNodeMapImpl::FireQueuedCallbacks()
+{
+    // Lock held, outermost scope. Take the queue so that callbacks may start operations of their own.
+    std::vector<CNode*> nodes;
+    nodes.swap(m_queued);
+    ++m_notifyEpoch;
+    std::vector<CNodeCallback*> callbacks;
+    for (CNode* pNode : nodes)
+        callbacks.insert(callbacks.end(), pNode->Callbacks().begin(), pNode->Callbacks().end());
+    for (CNodeCallback* pCallback : callbacks)
+    {
+        try
+        {
+            (*pCallback)(cbPostInsideLock);
+        }
+        catch (...)
+        {
+            // A failing listener must not leave the node map half-notified.
+        }
+    }
+    // Callbacks deregistered meanwhile are gone: collect the outside ones afresh.
+    callbacks.clear();
+    for (CNode* pNode : nodes)
+        callbacks.insert(callbacks.end(), pNode->Callbacks().begin(), pNode->Callbacks().end());
+    m_pLock->Unlock();
+    for (CNodeCallback* pCallback : callbacks)
+    {
+        try
+        {
+            (*pCallback)(cbPostOutsideLock);
+        }
+        catch (...)
+        {
+        }
+    }
+}
+
+// ---------------------------------------------------------------- INodeMap
+
+void CNodeMapImpl::GetNodes(NodeList_t& nodes) const
+{
+    AutoLock lock(*m_pLock);
+    nodes.assign(m_ordered.begin(), m_ordered.end());
+}
+
+INode* CNodeMapImpl::GetNode(const GenICam::gcstring& name) const
+{
+    std::string_view key(name.c_str(), name.size());
+    if (key.compare(0, 5, "Std::") == 0)
+        key.remove_prefix(5);
+    else if (key.compare(0, 6, "Cust::") == 0)
+        key.remove_prefix(6);
+    return FindNode(key);
+}
+
+void CNodeMapImpl::InvalidateNodes() const
+{
+    CNodeMapImpl* pThis = const_cast<CNodeMapImpl*>(this);
+    CCallbackScope scope(pThis);
+    for (CNode* pNode : m_ordered)
+    {
+        pNode->DropCacheLocked();
+        pThis->QueueCallbacksLocked(pNode);
+    }
+}
+
+bool CNodeMapImpl::Connect(IPort* pPort, const GenICam::gcstring& portName) const
+{
+    CPortNode* pPortNode = dynamic_cast<CPortNode*>(GetNode(portName));
+    if (!pPortNode)
+        return false;
+    pPortNode->SetPortImpl(pPort);
+    return true;
+}
+
+bool CNodeMapImpl::Connect(IPort* pPort) const
+{
+    return Connect(pPort, "Device");
+}
+
+GenICam::gcstring CNodeMapImpl::GetDeviceName()
+{
+    return m_deviceName;
+}
+
+void CNodeMapImpl::Poll(int64_t elapsedTimeMs)
+{
+    CCallbackScope scope(this);
+    for (CNode* pNode : m_polled)
+    {
+        try
+        {
+            if (pNode->PollingBlockedLocked())
+                continue;
+        }
+        catch (const GenICam::GenericException&)
+        {
+            // An unreadable pBlockPolling does not stop polling.
+        }
+        if (pNode->AdvancePollLocked(elapsedTimeMs))
+            pNode->OnPollExpiredLocked();
+    }
+}
+
+CLock& CNodeMapImpl::GetLock() const
+{
+    return *m_pLock;
+}
+
+uint64_t CNodeMapImpl::GetNumNodes() const
+{
+    return m_nodes.size();
+}
+
+bool CNodeMapImpl::ParseSwissKnifes(GenICam::gcstring_vector* pErrorList) const
+{
+    AutoLock lock(*m_pLock);
+    bool ok = true;
+    for (CNode* pNode : m_ordered)
+    {
+        try
+        {
+            if (auto* pIntSwissKnife = dynamic_cast<CIntSwissKnifeNode*>(pNode))
+                pIntSwissKnife->ThrowIfParseError();
+            else if (auto* pSwissKnife = dynamic_cast<CSwissKnifeNode*>(pNode))
+                pSwissKnife->ThrowIfParseError();
+            else if (auto* pConverter = dynamic_cast<CConverterNode*>(pNode))
+                pConverter->ThrowIfParseError();
+            else if (auto* pIntConverter = dynamic_cast<CIntConverterNode*>(pNode))
+                pIntConverter->ThrowIfParseError();
+        }
+        catch (const GenICam::GenericException& error)
+        {
+            ok = false;
+            if (pErrorList)
+                pErrorList->push_back(GenICam::gcstring("Error while parsing equation for node '") + pNode->GetName() +
+                                      "': " + error.what());
+        }
+    }
+    return ok;
+}
+
+// ---------------------------------------------------------------- IDeviceInfo
+
+GenICam::gcstring CNodeMapImpl::GetModelName()
+{
+    return m_info.modelName;
+}
+
+GenICam::gcstring CNodeMapImpl::GetVendorName()
+{
+    return m_info.vendorName;
+}
+
+GenICam::gcstring CNodeMapImpl::GetToolTip()
+{
+    return m_info.toolTip;
+}
+
+EStandardNameSpace CNodeMapImpl::GetStandardNameSpace()
+{
+    return m_info.standardNameSpace;
+}
+
+void CNodeMapImpl::GetGenApiVersion(Version_t& version, uint16_t& build)
+{
+    version = {3, 0, 0};
+    build = 0;
+}
+
+void CNodeMapImpl::GetSchemaVersion(Version_t& version)
+{
+    version = m_info.schemaVersion;
+}
+
+void CNodeMapImpl::GetDeviceVersion(Version_t& version)
+{
+    version = m_info.deviceVersion;
+}
+
+GenICam::gcstring CNodeMapImpl::GetProductGuid()
+{
+    return m_info.productGuid;
+}
+
+GenICam::gcstring CNodeMapImpl::GetVersionGuid()
+{
+    return m_info.versionGuid;
+}
+
+void CNodeMapImpl::Destroy()
+{
+    delete this;
+}
+} // namespace GenApi

@@ -1,0 +1,159 @@
+#pragma once
+
+#include <memory>
+#include <string_view>
+#include <unordered_map>
+#include <vector>
+
+#include <GenApi/IDestroy.h>
+#include <GenApi/IDeviceInfo.h>
+#include <GenApi/INodeMap.h>
+#include <GenApi/Synch.h>
+
+#include "Engine/NodeMap/StringArena.h"
+
+namespace GenApi
+{
+class CNode;
+class CPortNode;
+
+/// Header of the description (RegisterDescription attributes).
+struct DeviceInfo_t
+{
+    GenICam::gcstring modelName;
+    GenICam::gcstring vendorName;
+    GenICam::gcstring toolTip;
+    EStandardNameSpace standardNameSpace = None;
+    Version_t schemaVersion = {1, 1, 0};
+    Version_t deviceVersion = {0, 0, 0};
+    GenICam::gcstring productGuid;
+    GenICam::gcstring versionGuid;
+};
+
+/**
+ * \brief The node map: owns the nodes, the name table, the lock, the polling list and the
+ *        invalidation/callback machinery.
+ *
+ * Thread: any; every public operation takes GetLock() (recursive).
+ *
+ * Hooks for code outside the node classes (chunk and event adapters, persistence):
+ *  - ports: GetPortNodes() lists every Port node; CPortNode answers its ChunkID/EventID as numbers
+ *    (ChunkIdValue/EventIdValue) and is connected with IPortConstruct::SetPortImpl or
+ *    INodeMap::Connect; a chunk or event adapter may also connect through CPortNode::ConnectPort.
+ *  - invalidation from outside: INode::InvalidateNode() on a Port node drops every register cache
+ *    of that port and fires the callbacks of every node reading through it (what an adapter calls
+ *    after attaching new data). Inside the engine the same runs as NotifyChangedLocked() within a
+ *    CCallbackScope, which fires the collected callbacks when the outermost scope ends:
+ *    cbPostInsideLock ones still holding the lock, then cbPostOutsideLock ones after releasing it.
+ */
+class CNodeMapImpl : public INodeMap, public IDeviceInfo, public IDestroy
+{
+public:
+    explicit CNodeMapImpl(const GenICam::gcstring& deviceName, CLock* pUserLock = nullptr);
+    CNodeMapImpl(const CNodeMapImpl&) = delete;
+    CNodeMapImpl& operator=(const CNodeMapImpl&) = delete;
+    ~CNodeMapImpl() override;
+
+    // ---- building (loader only) ----
+    /// Takes ownership of a node; it becomes findable by name. Returns the node.
+    CNode* AddNode(std::unique_ptr<CNode> pNode);
+    /// Reserves a place in the node order for a name met before its node (a reference).
+    void ReserveOrder(std::string_view name);
+    /// Node by name, or null.
+    CNode* FindNode(std::string_view name) const;
+    CStringArena& Arena() { return m_arena; }
+    DeviceInfo_t& Info() { return m_info; }
+    /// Called once loading is complete: fixes the node order and the polling list.
+    void FinishLoading();
+    const std::vector<std::unique_ptr<CNode>>& OwnedNodes() const { return m_nodes; }
+
+    // ---- hooks ----
+    /// Every Port node, in node order.
+    const std::vector<CPortNode*>& GetPortNodes() const { return m_ports; }
+    /// The lock nodes take (the user's lock when one was given).
+    CLock& Lock() const { return *m_pLock; }
+
+    /**
+     * \brief Invalidates \a pNode and every node depending on it, directly or not, and queues
+     *        their callbacks in the current CCallbackScope. Lock held.
+     * \param[in] dropDeviceCache Also drop device-side caches of the nodes reached from \a pNode
+     *            itself (InvalidateNode, polling) rather than only their cached values (a write).
+     */
+    void NotifyChangedLocked(CNode* pNode, bool dropDeviceCache = false);
+    /// Queues the callbacks of one node only (lock held, inside a scope).
+    void QueueCallbacksLocked(CNode* pNode);
+
+    /// Evaluation depth guard against reference cycles.
+    int& EvaluationDepth() const { return m_evaluationDepth; }
+
+    /**
+     * \brief Scope of a public operation that may change values: locks the map and, when the
+     *        outermost scope ends, fires the queued callbacks (inside the lock, then outside).
+     *        Exceptions thrown by callbacks are swallowed so that the map stays consistent.
+     */
+    class CCallbackScope
+    {
+    public:
+        explicit CCallbackScope(CNodeMapImpl* pMap);
+        CCallbackScope(const CCallbackScope&) = delete;
+        CCallbackScope& operator=(const CCallbackScope&) = delete;
+        ~CCallbackScope();
+
+    private:
+        CNodeMapImpl* const m_pMap;
+    };
+
+    // ---- INodeMap ----
+    void GetNodes(NodeList_t& nodes) const override;
+    INode* GetNode(const GenICam::gcstring& name) const override;
+    void InvalidateNodes() const override;
+    bool Connect(IPort* pPort, const GenICam::gcstring& portName) const override;
+    bool Connect(IPort* pPort) const override;
+    GenICam::gcstring GetDeviceName() override;
+    void Poll(int64_t elapsedTimeMs) override;
+    CLock& GetLock() const override;
+    uint64_t GetNumNodes() const override;
+    bool ParseSwissKnifes(GenICam::gcstring_vector* pErrorList = nullptr) const override;
+
+    // ---- IDeviceInfo ----
+    GenICam::gcstring GetModelName() override;
+    GenICam::gcstring GetVendorName() override;
+    GenICam::gcstring GetToolTip() override;
+    EStandardNameSpace GetStandardNameSpace() override;
+    void GetGenApiVersion(Version_t& version, uint16_t& build) override;
+    void GetSchemaVersion(Version_t& version) override;
+    void GetDeviceVersion(Version_t& version) override;
+    GenICam::gcstring GetProductGuid() override;
+    GenICam::gcstring GetVersionGuid() override;
+
+    // ---- IDestroy ----
+    void Destroy() override;
+
+private:
+    void FireQueuedCallbacks();
+
+    // Set at construction, never changed.
+    const GenICam::gcstring m_deviceName;
+    CLock m_ownLock;
+    CLock* const m_pLock; // m_ownLock, or the user's lock which outlives the map
+
+    // Written while loading only; read-only afterwards.
+    CStringArena m_arena;
+    DeviceInfo_t m_info;
+    std::vector<std::unique_ptr<CNode>> m_nodes;           // owned nodes, creation order
+    std::unordered_map<std::string_view, CNode*> m_byName; // names point into m_arena
+    std::vector<std::string_view> m_orderNames;            // names in first-occurrence order
+    std::unordered_map<std::string_view, size_t> m_orderIndex;
+    std::vector<CNode*> m_ordered;                         // nodes in GetNodes order
+    std::vector<CPortNode*> m_ports;
+    std::vector<CNode*> m_polled;                          // nodes with a PollingTime
+
+    // Guarded by the lock.
+    mutable uint32_t m_walkEpoch = 0;
+    mutable uint32_t m_notifyEpoch = 1;
+    mutable int m_scopeDepth = 0;
+    mutable int m_evaluationDepth = 0;
+    mutable std::vector<CNode*> m_queued; // nodes whose callbacks fire when the scope ends
+    mutable std::vector<CNode*> m_walkStack;
+};
+} // namespace GenApi

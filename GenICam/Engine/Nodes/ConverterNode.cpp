@@ -1,0 +1,99 @@
+#include "Engine/Nodes/ConverterNode.h"
+
+#include <cfloat>
+#include <cstring>
+
+#include "Engine/Load/NodeBuilder.h"
+#include "Engine/Nodes/FloatBase.h"
+
+namespace GenApi
+{
+
+bool CConverterNode::ConfigureElement(const pugi::xml_node& child, CNodeBuilder& builder)
+{
+    if (m_binding.ConfigureElement(this, child, builder))
+        return true;
+    const char* name = child.name();
+    if (std::strcmp(name, "FormulaTo") == 0)
+        m_toText = child.text().get(), m_toElement = child;
+    else if (std::strcmp(name, "FormulaFrom") == 0)
+        m_fromText = child.text().get(), m_fromElement = child;
+    else if (std::strcmp(name, "pValue") == 0)
+        AddValueChild(m_pValue = builder.Ref(child, this));
+    else if (std::strcmp(name, "Slope") == 0)
+        m_slope = builder.Enum<ESlopeClass, ESlope>(child, this);
+    else if (std::strcmp(name, "IsLinear") == 0)
+        builder.YesNo(child, this);
+    else
+        return CFloatBase::ConfigureElement(child, builder);
+    return true;
+}
+
+void CConverterNode::Link(CNodeBuilder& builder)
+{
+    if (!m_pValue)
+        builder.Fail(this, pugi::xml_node(), "converter has no pValue");
+    const std::string name(Name());
+    m_binding.Compile(this, builder, m_to, m_toText, name + "_ConvertTo", Engine::EFormulaKind_t::Float, "FROM", m_toElement);
+    m_binding.Compile(this, builder, m_from, m_fromText, name + "_ConvertFrom", Engine::EFormulaKind_t::Float, "TO",
+                      m_fromElement);
+    m_toElement = m_fromElement = pugi::xml_node();
+}
+
+EAccessMode CConverterNode::NaturalAccessLocked(bool structural)
+{
+    return structural ? m_pValue->StructuralAccessLocked() : m_pValue->AccessLocked();
+}
+
+double CConverterNode::ReadLocked(bool verify, bool ignoreCache)
+{
+    const bool isFloat = dynamic_cast<CFloatBase*>(m_pValue) != nullptr;
+    const Engine::FormulaValue_t to = isFloat
+                                          ? Engine::FormulaValue_t::FromFloat(m_pValue->FloatValueLocked(verify, ignoreCache))
+                                          : Engine::FormulaValue_t::FromInt(m_pValue->IntValueLocked(verify, ignoreCache));
+    return m_from.EvaluateFloat(m_binding, &to);
+}
+
+void CConverterNode::WriteLocked(double value, bool verify)
+{
+    const Engine::FormulaValue_t from = Engine::FormulaValue_t::FromFloat(value);
+    m_pValue->SetFloatValueLocked(m_to.EvaluateFloat(m_binding, &from), verify);
+}
+
+void CConverterNode::RangeLocked(double& minimum, double& maximum)
+{
+    if (m_slope == Varying)
+    {
+        minimum = -DBL_MAX;
+        maximum = DBL_MAX;
+        return;
+    }
+    const bool isFloat = dynamic_cast<CFloatBase*>(m_pValue) != nullptr;
+    const Engine::FormulaValue_t low = isFloat ? Engine::FormulaValue_t::FromFloat(m_pValue->FloatMinLocked())
+                                               : Engine::FormulaValue_t::FromInt(m_pValue->IntMinLocked());
+    const Engine::FormulaValue_t high = isFloat ? Engine::FormulaValue_t::FromFloat(m_pValue->FloatMaxLocked())
+                                                : Engine::FormulaValue_t::FromInt(m_pValue->IntMaxLocked());
+    const double a = m_from.EvaluateFloat(m_binding, &low);
+    const double b = m_from.EvaluateFloat(m_binding, &high);
+    if (m_slope == Increasing)
+        minimum = a, maximum = b;
+    else if (m_slope == Decreasing)
+        minimum = b, maximum = a;
+    else
+        minimum = a < b ? a : b, maximum = a < b ? b : a;
+}
+
+double CConverterNode::RawMinLocked()
+{
+    double minimum, maximum;
+    RangeLocked(minimum, maximum);
+    return minimum;
+}
+
+double CConverterNode::RawMaxLocked()
+{
+    double minimum, maximum;
+    RangeLocked(minimum, maximum);
+    return maximum;
+}
+} // namespace GenApi

@@ -1,0 +1,183 @@
+#include "Engine/Nodes/FloatNode.h"
+
+#include <cstdlib>
+#include <cstring>
+
+#include "Engine/Load/NodeBuilder.h"
+#include "Engine/NodeMap/NodeMapImpl.h"
+
+namespace GenApi
+{
+bool CFloatNode::ConfigureElement(const pugi::xml_node& child, CNodeBuilder& builder)
+{
+    const char* name = child.name();
+    if (std::strcmp(name, "Value") == 0)
+        m_value = builder.Float(child, this);
+    else if (std::strcmp(name, "pValue") == 0)
+        AddValueChild(m_pValue = builder.Ref(child, this));
+    else if (std::strcmp(name, "pValueCopy") == 0)
+    {
+        m_valueCopies.push_back(builder.Ref(child, this));
+        AddReference(m_valueCopies.back());
+    }
+    else if (std::strcmp(name, "pIndex") == 0)
+        AddValueChild(m_pIndex = builder.Ref(child, this));
+    else if (std::strcmp(name, "ValueIndexed") == 0)
+        m_indexed.push_back({builder.IntText(child.attribute("Index").value(), child, this), builder.Float(child, this), nullptr});
+    else if (std::strcmp(name, "pValueIndexed") == 0)
+    {
+        CNode* pTarget = builder.Ref(child, this);
+        AddValueChild(pTarget);
+        m_indexed.push_back({builder.IntText(child.attribute("Index").value(), child, this), 0.0, pTarget});
+    }
+    else if (std::strcmp(name, "ValueDefault") == 0)
+        m_defaultValue = builder.Float(child, this);
+    else if (std::strcmp(name, "pValueDefault") == 0)
+        AddValueChild(m_pDefault = builder.Ref(child, this));
+    else if (std::strcmp(name, "Min") == 0)
+        m_min = builder.Float(child, this), m_hasMin = true;
+    else if (std::strcmp(name, "Max") == 0)
+        m_max = builder.Float(child, this), m_hasMax = true;
+    else if (std::strcmp(name, "Inc") == 0)
+        m_inc = builder.Float(child, this), m_hasInc = true;
+    else if (std::strcmp(name, "pMin") == 0)
+        AddReference(m_pMin = builder.Ref(child, this));
+    else if (std::strcmp(name, "pMax") == 0)
+        AddReference(m_pMax = builder.Ref(child, this));
+    else if (std::strcmp(name, "pInc") == 0)
+        AddReference(m_pInc = builder.Ref(child, this));
+    else if (std::strcmp(name, "ValidValueSet") == 0)
+    {
+        m_hasValidValueSet = true;
+        const std::string text = CNodeBuilder::Trimmed(child.text().get()).str();
+        const char* p = text.c_str();
+        while (*p)
+        {
+            char* pEnd = nullptr;
+            const double value = std::strtod(p, &pEnd);
+            if (pEnd == p)
+                ++p;
+            else
+                m_validValues.push_back(value), p = pEnd;
+        }
+    }
+    else
+        return CFloatBase::ConfigureElement(child, builder);
+    return true;
+}
+
+EAccessMode CFloatNode::NaturalAccessLocked(bool structural)
+{
+    if (m_pValue)
+        return structural ? m_pValue->StructuralAccessLocked() : m_pValue->AccessLocked();
+    if (m_pIndex)
+    {
+        const IndexedValue_t* pEntry = SelectedEntryLocked(false);
+        CNode* pTarget = pEntry ? pEntry->pValue : m_pDefault;
+        if (pTarget)
+            return structural ? pTarget->StructuralAccessLocked() : pTarget->AccessLocked();
+    }
+    return RW;
+}
+
+CFloatNode::IndexedValue_t* CFloatNode::SelectedEntryLocked(bool ignoreCache)
+{
+    if (!IsReadable(m_pIndex->AccessLocked()))
+        return nullptr;
+    const int64_t index = m_pIndex->IntValueLocked(false, ignoreCache);
+    for (IndexedValue_t& entry : m_indexed)
+        if (entry.index == index)
+            return &entry;
+    return nullptr;
+}
+
+double CFloatNode::ReadLocked(bool verify, bool ignoreCache)
+{
+    if (m_pValue)
+        return m_pValue->FloatValueLocked(verify, ignoreCache);
+    if (m_pIndex)
+    {
+        const IndexedValue_t* pEntry = SelectedEntryLocked(ignoreCache);
+        if (pEntry)
+            return pEntry->pValue ? pEntry->pValue->FloatValueLocked(verify, ignoreCache) : pEntry->value;
+        return m_pDefault ? m_pDefault->FloatValueLocked(verify, ignoreCache) : m_defaultValue;
+    }
+    return m_value;
+}
+
+void CFloatNode::WriteLocked(double value, bool verify)
+{
+    if (m_pValue)
+    {
+        m_pValue->SetFloatValueLocked(value, verify);
+        for (CNode* pCopy : m_valueCopies)
+            pCopy->SetFloatValueLocked(value, verify);
+        return;
+    }
+    if (m_pIndex)
+    {
+        IndexedValue_t* pEntry = SelectedEntryLocked(false);
+        if (pEntry && pEntry->pValue)
+            pEntry->pValue->SetFloatValueLocked(value, verify);
+        else if (!pEntry && m_pDefault)
+            m_pDefault->SetFloatValueLocked(value, verify);
+        else if (pEntry)
+            pEntry->value = value;
+        else
+            m_defaultValue = value;
+        m_pMap->NotifyChangedLocked(this);
+        return;
+    }
+    m_value = value;
+    m_pMap->NotifyChangedLocked(this);
+}
+
+double CFloatNode::RawMinLocked()
+{
+    if (m_pMin)
+        return m_pMin->FloatValueLocked(false, false);
+    if (m_hasMin)
+        return m_min;
+    if (m_pValue)
+        return m_pValue->FloatMinLocked();
+    return -DBL_MAX;
+}
+
+double CFloatNode::RawMaxLocked()
+{
+    if (m_pMax)
+        return m_pMax->FloatValueLocked(false, false);
+    if (m_hasMax)
+        return m_max;
+    if (m_pValue)
+        return m_pValue->FloatMaxLocked();
+    return DBL_MAX;
+}
+
+bool CFloatNode::RawHasIncLocked()
+{
+    if (m_pInc || m_hasInc)
+        return true;
+    if (m_pValue)
+        return m_pValue->HasFloatIncLocked();
+    return false;
+}
+
+double CFloatNode::RawIncLocked()
+{
+    if (m_pInc)
+        return m_pInc->FloatValueLocked(false, false);
+    if (m_hasInc)
+        return m_inc;
+    if (m_pValue && m_pValue->HasFloatIncLocked())
+        return m_pValue->FloatIncLocked();
+    return 0.0;
+}
+
+EIncMode CFloatNode::RawIncModeLocked()
+{
+    if (m_hasValidValueSet)
+        return listIncrement;
+    return RawHasIncLocked() ? fixedIncrement : noIncrement;
+}
+} // namespace GenApi

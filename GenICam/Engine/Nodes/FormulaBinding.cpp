@@ -1,0 +1,149 @@
+#include "Engine/Nodes/FormulaBinding.h"
+
+#include <cstring>
+
+#include <Base/GCException.h>
+
+#include "Engine/Load/NodeBuilder.h"
+#include "Engine/Nodes/EnumEntryNode.h"
+#include "Engine/Nodes/EnumerationNode.h"
+#include "Engine/Nodes/FloatBase.h"
+#include "Engine/Nodes/Node.h"
+
+namespace GenApi
+{
+bool CFormulaBinding::ConfigureElement(CNode* pOwner, const pugi::xml_node& child, CNodeBuilder& builder)
+{
+    const char* name = child.name();
+    if (std::strcmp(name, "pVariable") == 0)
+    {
+        CNode* pVariable = builder.Ref(child, pOwner);
+        m_variables.emplace_back(builder.Store(child.attribute("Name").value()), pVariable);
+        pOwner->AddValueChild(pVariable);
+    }
+    else if (std::strcmp(name, "Constant") == 0)
+        m_symbols.push_back({child.attribute("Name").value(), CNodeBuilder::Trimmed(child.text().get()).str(), false});
+    else if (std::strcmp(name, "Expression") == 0)
+        m_symbols.push_back({child.attribute("Name").value(), child.text().get(), true});
+    else
+        return false;
+    return true;
+}
+
+void CFormulaBinding::Compile(CNode* pOwner, CNodeBuilder& builder, Engine::CFormula& formula, const std::string& text,
+                              const std::string& formulaName, Engine::EFormulaKind_t kind,
+                              const std::string& inputName, const pugi::xml_node& where)
+{
+    Engine::FormulaDefinition_t definition;
+    definition.nodeName = std::string(pOwner->Name());
+    definition.formulaName = formulaName;
+    definition.formula = text;
+    definition.kind = kind;
+    definition.upperCaseNames = builder.IsSchema10();
+    definition.symbols = m_symbols;
+    definition.inputName = inputName;
+    try
+    {
+        formula.Compile(definition, [this](const std::string& name, Engine::EFormulaKind_t slotKind) {
+            return Resolve(name, slotKind);
+        });
+    }
+    catch (const GenICam::GenericException& error)
+    {
+        builder.Fail(pOwner, where, error.GetDescription());
+    }
+}
+
+int32_t CFormulaBinding::Resolve(const std::string& name, Engine::EFormulaKind_t kind)
+{
+    std::string base = name;
+    std::string suffix;
+    const size_t dot = name.find('.');
+    if (dot != std::string::npos)
+    {
+        base = name.substr(0, dot);
+        suffix = name.substr(dot + 1);
+    }
+    CNode* pNode = nullptr;
+    for (const auto& variable : m_variables)
+        if (variable.first == base)
+            pNode = variable.second;
+    if (!pNode)
+        return Engine::kUnknownFormulaSlot;
+    Slot_t slot{pNode, ESlotKind_t::Value, kind, nullptr, name, std::string()};
+    if (suffix.empty() || suffix == "Value")
+        slot.kind = ESlotKind_t::Value;
+    else if (suffix == "Min")
+        slot.kind = ESlotKind_t::Min;
+    else if (suffix == "Max")
+        slot.kind = ESlotKind_t::Max;
+    else if (suffix == "Inc")
+        slot.kind = ESlotKind_t::Inc;
+    else if (suffix == "AccessMode")
+        slot.kind = ESlotKind_t::AccessMode;
+    else if (suffix == "Visibility")
+        slot.kind = ESlotKind_t::Visibility;
+    else if (suffix == "CachingMode")
+        slot.kind = ESlotKind_t::CachingMode;
+    else if (suffix.compare(0, 6, "Entry.") == 0)
+    {
+        slot.entry = suffix.substr(6);
+        CEnumerationNode* pEnumeration = dynamic_cast<CEnumerationNode*>(pNode);
+        if (!pEnumeration)
+            slot.kind = ESlotKind_t::NotEnumeration;
+        else if ((slot.pEntry = pEnumeration->FindEntryNode(slot.entry)) != nullptr)
+            slot.kind = ESlotKind_t::Entry;
+        else
+            slot.kind = ESlotKind_t::MissingEntry;
+    }
+    else
+        return Engine::kUnknownFormulaSlot;
+    // The same name read by the same arithmetic shares one slot.
+    for (size_t i = 0; i < m_slots.size(); ++i)
+        if (m_slots[i].name == name && m_slots[i].formulaKind == kind)
+            return static_cast<int32_t>(i);
+    m_slots.push_back(slot);
+    return static_cast<int32_t>(m_slots.size() - 1);
+}
+
+Engine::FormulaValue_t CFormulaBinding::GetFormulaSlotValue(int32_t slotIndex)
+{
+    const Slot_t& slot = m_slots[static_cast<size_t>(slotIndex)];
+    CNode* pNode = slot.pNode;
+    const bool isFloatNode = dynamic_cast<CFloatBase*>(pNode) != nullptr;
+    switch (slot.kind)
+    {
+    case ESlotKind_t::Value:
+        if (slot.formulaKind == Engine::EFormulaKind_t::Float)
+        {
+            if (CEnumerationNode* pEnumeration = dynamic_cast<CEnumerationNode*>(pNode))
+                return Engine::FormulaValue_t::FromFloat(pEnumeration->NumericValueLocked());
+        }
+        if (isFloatNode)
+            return Engine::FormulaValue_t::FromFloat(pNode->FloatValueLocked(false, false));
+        return Engine::FormulaValue_t::FromInt(pNode->IntValueLocked(false, false));
+    case ESlotKind_t::Min:
+        return isFloatNode ? Engine::FormulaValue_t::FromFloat(pNode->FloatMinLocked())
+                           : Engine::FormulaValue_t::FromInt(pNode->IntMinLocked());
+    case ESlotKind_t::Max:
+        return isFloatNode ? Engine::FormulaValue_t::FromFloat(pNode->FloatMaxLocked())
+                           : Engine::FormulaValue_t::FromInt(pNode->IntMaxLocked());
+    case ESlotKind_t::Inc:
+        return isFloatNode ? Engine::FormulaValue_t::FromFloat(pNode->FloatIncLocked())
+                           : Engine::FormulaValue_t::FromInt(pNode->IntIncLocked());
+    case ESlotKind_t::AccessMode:
+        return Engine::FormulaValue_t::FromInt(pNode->AccessLocked());
+    case ESlotKind_t::Visibility:
+        return Engine::FormulaValue_t::FromInt(pNode->GetVisibility());
+    case ESlotKind_t::CachingMode:
+        return Engine::FormulaValue_t::FromInt(pNode->CachingMode());
+    case ESlotKind_t::Entry:
+        return Engine::FormulaValue_t::FromInt(slot.pEntry->IntValueLocked(false, false));
+    case ESlotKind_t::MissingEntry:
+        throw RUNTIME_EXCEPTION("Variable '%s' does not point to EnumEntry '%s'", slot.name.c_str(), slot.entry.c_str());
+    case ESlotKind_t::NotEnumeration:
+    default:
+        throw RUNTIME_EXCEPTION("Variable '%s' does not point to enumeration", slot.name.c_str());
+    }
+}
+} // namespace GenApi

@@ -1,0 +1,47 @@
+#include "Engine/Nodes/SwissKnifeNode.h"
+
+#include <cstring>
+
+#include <Base/GCException.h>
+
+#include "Engine/Load/NodeBuilder.h"
+
+namespace GenApi
+{
+bool CSwissKnifeNode::ConfigureElement(const pugi::xml_node& child, CNodeBuilder& builder)
+{
+    if (m_binding.ConfigureElement(this, child, builder))
+        return true;
+    if (std::strcmp(child.name(), "Formula") == 0)
+    {
+        m_formulaText = child.text().get();
+        m_formulaElement = child;
+        return true;
+    }
+    return CFloatBase::ConfigureElement(child, builder);
+}
+
+void CSwissKnifeNode::Link(CNodeBuilder& builder)
+{
+    m_binding.Compile(this, builder, m_formula, m_formulaText, std::string(Name()), Engine::EFormulaKind_t::Float, "",
+                      m_formulaElement);
+    m_formulaElement = pugi::xml_node();
+}
+
+void CSwissKnifeNode::SetFloatValueLocked(double value, bool verify)
+{
+    if (!verify)
+        throw ACCESS_EXCEPTION_NODE(NameText(), "SetValue")("SwissKnife is read only.");
+    CFloatBase::SetFloatValueLocked(value, verify);
+}
+
+double CSwissKnifeNode::ReadLocked(bool /*verify*/, bool /*ignoreCache*/)
+{
+    return m_formula.EvaluateFloat(m_binding);
+}
+
+void CSwissKnifeNode::WriteLocked(double /*value*/, bool /*verify*/)
+{
+    throw ACCESS_EXCEPTION_NODE(NameText(), "SetValue")("SwissKnife is read only.");
+}
+} // namespace GenApi

@@ -140,7 +140,8 @@ bool CNodeBuilder::YesNo(const pugi::xml_node& element, const CNode* pFrom)
     const std::string_view text = TrimmedView(element.text().get());
     if (text == "Yes")
         return true;
-    if (text == "No")
+    // An empty element means the default, No.
+    if (text == "No" || text.empty())
         return false;
     FailBadValue(element, pFrom);
 }

@@ -184,6 +184,8 @@ public:
                 m_pending.push_back({pNode, child, structReg});
                 ScanReferences(child);
             }
+            else if (Is(child, "IntSwissKnife") && child.attribute("Name"))
+                Scan(child, ENodeKind_t::IntSwissKnife);
             else if (IsReferenceElement(child.name()))
                 NoteReference(child);
         }

@@ -40,6 +40,12 @@ void CConverterNode::Link(CNodeBuilder& builder)
     m_toElement = m_fromElement = pugi::xml_node();
 }
 
+ECachingMode CConverterNode::ComputeCachingModeLocked()
+{
+    // A formula need not give back exactly what was written: re-read after a write.
+    return Combine(CNode::ComputeCachingModeLocked(), WriteAround);
+}
+
 EAccessMode CConverterNode::NaturalAccessLocked(bool structural)
 {
     return structural ? m_pValue->StructuralAccessLocked() : m_pValue->AccessLocked();

@@ -18,7 +18,7 @@ bool CFloatNode::ConfigureElement(const pugi::xml_node& child, CNodeBuilder& bui
     else if (std::strcmp(name, "pValueCopy") == 0)
     {
         m_valueCopies.push_back(builder.Ref(child, this));
-        AddReference(m_valueCopies.back());
+        AddValueChild(m_valueCopies.back());
     }
     else if (std::strcmp(name, "pIndex") == 0)
         AddValueChild(m_pIndex = builder.Ref(child, this));
@@ -64,6 +64,14 @@ bool CFloatNode::ConfigureElement(const pugi::xml_node& child, CNodeBuilder& bui
     else
         return CFloatBase::ConfigureElement(child, builder);
     return true;
+}
+
+ECachingMode CFloatNode::ComputeCachingModeLocked()
+{
+    // A forwarded float (converted, rounded) need not read back as written.
+    if (m_valueChildren.empty())
+        return WriteThrough;
+    return Combine(CNode::ComputeCachingModeLocked(), WriteAround);
 }
 
 EAccessMode CFloatNode::NaturalAccessLocked(bool structural)

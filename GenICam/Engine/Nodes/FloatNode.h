@@ -18,6 +18,7 @@ public:
     bool ConfigureElement(const pugi::xml_node& child, CNodeBuilder& builder) override;
     EAccessMode NaturalAccessLocked(bool structural) override;
     CNode* ForwardsTo() const override { return m_pValue; }
+    ECachingMode ComputeCachingModeLocked() override;
 
 protected:
     double ReadLocked(bool verify, bool ignoreCache) override;

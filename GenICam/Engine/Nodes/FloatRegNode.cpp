@@ -1,6 +1,7 @@
 #include "Engine/Nodes/FloatRegNode.h"
 
 #include <algorithm>
+#include <cfloat>
 #include <cstring>
 
 #include <Base/GCException.h>
@@ -25,6 +26,23 @@ bool CFloatRegNode::ConfigureElement(const pugi::xml_node& child, CNodeBuilder& 
 void CFloatRegNode::Link(CNodeBuilder& builder)
 {
     m_register.Link(this, builder);
+}
+
+ECachingMode CFloatRegNode::ComputeCachingModeLocked()
+{
+    // What a float register reads back need not be exactly what was written: unless the
+    // description asks for WriteThrough, re-read after a write.
+    return m_register.HasCachableElement() ? m_register.Cachable() : WriteAround;
+}
+
+double CFloatRegNode::RawMinLocked()
+{
+    return m_register.LengthLocked() == 4 ? -static_cast<double>(FLT_MAX) : -DBL_MAX;
+}
+
+double CFloatRegNode::RawMaxLocked()
+{
+    return m_register.LengthLocked() == 4 ? static_cast<double>(FLT_MAX) : DBL_MAX;
 }
 
 void CFloatRegNode::DropCacheLocked()

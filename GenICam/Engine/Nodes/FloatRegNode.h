@@ -18,7 +18,7 @@ public:
     bool ConfigureElement(const pugi::xml_node& child, CNodeBuilder& builder) override;
     void Link(CNodeBuilder& builder) override;
     EAccessMode NaturalAccessLocked(bool structural) override { return m_register.NaturalAccessLocked(structural); }
-    ECachingMode ComputeCachingModeLocked() override { return m_register.Cachable(); }
+    ECachingMode ComputeCachingModeLocked() override;
     void DropCacheLocked() override;
 
     // ---- IRegister ----
@@ -33,6 +33,8 @@ protected:
 
 private:
     int64_t CheckedLengthLocked(const char* method);
+    double RawMinLocked() override;
+    double RawMaxLocked() override;
 
     CRegisterAccess m_register;
     bool m_bigEndian = false;

@@ -37,6 +37,12 @@ void CIntConverterNode::Link(CNodeBuilder& builder)
     m_toElement = m_fromElement = pugi::xml_node();
 }
 
+ECachingMode CIntConverterNode::ComputeCachingModeLocked()
+{
+    // A formula need not give back exactly what was written: re-read after a write.
+    return Combine(CNode::ComputeCachingModeLocked(), WriteAround);
+}
+
 EAccessMode CIntConverterNode::NaturalAccessLocked(bool structural)
 {
     return structural ? m_pValue->StructuralAccessLocked() : m_pValue->AccessLocked();

@@ -16,6 +16,7 @@ public:
 
     bool ConfigureElement(const pugi::xml_node& child, CNodeBuilder& builder) override;
     void Link(CNodeBuilder& builder) override;
+    ECachingMode ComputeCachingModeLocked() override;
     EAccessMode NaturalAccessLocked(bool structural) override;
     CNode* ForwardsTo() const override { return m_pValue; }
     bool HasParseError() const { return m_from.HasParseError() || m_to.HasParseError(); }

@@ -28,6 +28,12 @@ void CIntSwissKnifeNode::Link(CNodeBuilder& builder)
     m_formulaElement = pugi::xml_node();
 }
 
+ECachingMode CIntSwissKnifeNode::ComputeCachingModeLocked()
+{
+    // Never written, so only whether the inputs may be cached matters.
+    return CNode::ComputeCachingModeLocked() == NoCache ? NoCache : WriteThrough;
+}
+
 void CIntSwissKnifeNode::SetIntValueLocked(int64_t value, bool verify)
 {
     if (!verify)

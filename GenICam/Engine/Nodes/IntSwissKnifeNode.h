@@ -16,6 +16,7 @@ public:
 
     bool ConfigureElement(const pugi::xml_node& child, CNodeBuilder& builder) override;
     void Link(CNodeBuilder& builder) override;
+    ECachingMode ComputeCachingModeLocked() override;
     EAccessMode NaturalAccessLocked(bool /*structural*/) override { return RO; }
     void SetIntValueLocked(int64_t value, bool verify) override;
     /// Whether the formula has an unknown name (for INodeMap::ParseSwissKnifes).

@@ -20,7 +20,7 @@ bool CIntegerNode::ConfigureElement(const pugi::xml_node& child, CNodeBuilder& b
     else if (std::strcmp(name, "pValueCopy") == 0)
     {
         m_valueCopies.push_back(builder.Ref(child, this));
-        AddReference(m_valueCopies.back());
+        AddValueChild(m_valueCopies.back());
     }
     else if (std::strcmp(name, "pIndex") == 0)
         AddValueChild(m_pIndex = builder.Ref(child, this));

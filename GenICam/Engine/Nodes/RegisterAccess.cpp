@@ -80,7 +80,7 @@ bool CRegisterAccess::ConfigureElement(CNode* pOwner, const pugi::xml_node& chil
         pOwner->AddReference(pPort);
     }
     else if (Is(name, "Cachable"))
-        m_cachable = builder.Enum<ECachingModeClass, ECachingMode>(child, pOwner);
+        m_cachable = builder.Enum<ECachingModeClass, ECachingMode>(child, pOwner), m_hasCachable = true;
     else
         return false;
     return true;

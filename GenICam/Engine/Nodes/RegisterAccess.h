@@ -35,6 +35,7 @@ public:
     /// Access of the register itself combined with the port's.
     EAccessMode NaturalAccessLocked(bool structural);
     ECachingMode Cachable() const { return m_cachable; }
+    bool HasCachableElement() const { return m_hasCachable; }
     EAccessMode AccessModeElement() const { return m_accessMode; }
     CPortNode* Port() const { return m_pPort; }
     bool HasLengthElement() const { return m_hasLength || m_pLength; }
@@ -73,6 +74,7 @@ private:
     ECachingMode m_cachable = WriteThrough;
     bool m_hasAddress = false;
     bool m_hasLength = false;
+    bool m_hasCachable = false;
     bool m_lastAddressValid = false;
     int64_t m_lastAddress = 0;
     int64_t m_lastLength = 0;

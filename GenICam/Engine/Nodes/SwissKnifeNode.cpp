@@ -28,6 +28,11 @@ void CSwissKnifeNode::Link(CNodeBuilder& builder)
     m_formulaElement = pugi::xml_node();
 }
 
+ECachingMode CSwissKnifeNode::ComputeCachingModeLocked()
+{
+    return Combine(CNode::ComputeCachingModeLocked(), WriteAround);
+}
+
 void CSwissKnifeNode::SetFloatValueLocked(double value, bool verify)
 {
     if (!verify)

@@ -15,6 +15,7 @@ public:
 
     bool ConfigureElement(const pugi::xml_node& child, CNodeBuilder& builder) override;
     void Link(CNodeBuilder& builder) override;
+    ECachingMode ComputeCachingModeLocked() override;
     EAccessMode NaturalAccessLocked(bool /*structural*/) override { return RO; }
     void SetFloatValueLocked(double value, bool verify) override;
     bool HasParseError() const { return m_formula.HasParseError(); }

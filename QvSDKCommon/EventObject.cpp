@@ -60,6 +60,15 @@ CEventObject* AsEvent(void* handle)
     return static_cast<CEventObject*>(handle);
 }
 
+// Whether the event is signaled, consuming the signal of an auto-reset event. Every consumption
+// is one atomic exchange, so a signal is never reported to two waiters, whichever paths they take.
+bool TakeSignal(CEventObject* event)
+{
+    if (event->manualReset)
+        return event->signaled.load(std::memory_order_acquire);
+    return event->signaled.exchange(false, std::memory_order_acq_rel);
+}
+
 void RemoveWaiterLocked(CEventObject* event, _SQvMultiEventsWaiter* waiter)
 {
     auto it = std::find(event->waiters.begin(), event->waiters.end(), waiter);
@@ -167,7 +176,7 @@ unsigned int WaitForSingleObject(void* handle, unsigned int timeoutMs)
     {
         if (pthread_mutex_trylock(&event->mutex) != 0)
             return kWaitTimeout;
-        result = event->signaled.load(std::memory_order_relaxed) ? kWaitObject0 : kWaitTimeout;
+        result = TakeSignal(event) ? kWaitObject0 : kWaitTimeout;
     }
     else
     {
@@ -187,18 +196,16 @@ unsigned int WaitForSingleObject(void* handle, unsigned int timeoutMs)
             waitResult = timeoutMs == kWaitInfinite ? pthread_cond_wait(&event->condition, &event->mutex)
                                                     : pthread_cond_timedwait(&event->condition, &event->mutex,
                                                                              &deadline);
-        } while (waitResult == 0 && !event->signaled.load(std::memory_order_relaxed));
+        } while (waitResult == 0 && !TakeSignal(event));
 
         if (waitResult == 0)
             result = kWaitObject0;
-        else if (!event->signaled.load(std::memory_order_relaxed))
+        else if (!TakeSignal(event))
             result = kWaitTimeout;
         else
+            // Consumed whatever the result: a time-out racing with SetEvent() takes the signal.
             result = waitResult == ETIMEDOUT ? kWaitTimeout : kWaitFailed;
     }
-    // Consumed whatever the result, so a time-out that races with SetEvent() takes the signal.
-    if (!event->manualReset)
-        event->signaled.store(false, std::memory_order_relaxed);
     pthread_mutex_unlock(&event->mutex);
     return result;
 }
@@ -238,16 +245,25 @@ unsigned int WaitForMultipleObjects(unsigned int count, void* const* handles, bo
         }
         if (remaining > 0 && (bWaitAll || first == kFirstUnset))
             return kWaitTimeout;
+        // Consume every signaled auto-reset event seen, not only the first. The answer names the
+        // lowest index actually taken: another thread may have taken one since the scan.
+        unsigned int taken = 0;
+        first = kFirstUnset;
         for (unsigned int i = 0; i < count; ++i)
         {
+            if (!record.flags[i])
+                continue;
             CEventObject* event = AsEvent(handles[i]);
-            if (record.flags[i] && !event->manualReset)
+            pthread_mutex_lock(&event->mutex);
+            if (TakeSignal(event))
             {
-                pthread_mutex_lock(&event->mutex);
-                event->signaled.store(false, std::memory_order_relaxed);
-                pthread_mutex_unlock(&event->mutex);
+                ++taken;
+                first = std::min(first, i);
             }
+            pthread_mutex_unlock(&event->mutex);
         }
+        if ((bWaitAll && taken < count) || first == kFirstUnset)
+            return kWaitTimeout;
         return first;
     }
 
@@ -326,12 +342,10 @@ unsigned int WaitForMultipleObjects(unsigned int count, void* const* handles, bo
     {
         CEventObject* event = AsEvent(handles[i]);
         pthread_mutex_lock(&event->mutex);
-        if (event->signaled.load(std::memory_order_relaxed))
+        if (TakeSignal(event))
         {
             first = std::min(first, i);
             --remaining;
-            if (!event->manualReset)
-                event->signaled.store(false, std::memory_order_relaxed);
         }
         RemoveWaiterLocked(event, &waiters[i]);
         pthread_mutex_unlock(&event->mutex);

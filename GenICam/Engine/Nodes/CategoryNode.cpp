@@ -17,6 +17,7 @@ bool CCategoryNode::ConfigureElement(const pugi::xml_node& child, CNodeBuilder& 
     {
         CNode* pFeature = builder.Ref(child, this);
         m_features.push_back(pFeature);
+        m_accessInputs.push_back(pFeature);
         pFeature->AddDependent(this);
         return true;
     }
@@ -25,8 +26,6 @@ bool CCategoryNode::ConfigureElement(const pugi::xml_node& child, CNodeBuilder& 
 
 void CCategoryNode::Link(CNodeBuilder& /*builder*/)
 {
-    // Follows its features, whose access modes may not be cacheable.
-    m_accessCacheable = 0;
 }
 
 EAccessMode CCategoryNode::NaturalAccessLocked(bool /*structural*/)

@@ -24,6 +24,7 @@ bool CEnumerationNode::ConfigureElement(const pugi::xml_node& child, CNodeBuilde
             builder.Fail(this, child, "enumeration entry was not created");
         pEntry->Configure(child, builder);
         m_entries.push_back(pEntry);
+        m_accessInputs.push_back(pEntry);
         pEntry->AddDependent(this);
     }
     else if (std::strcmp(name, "pEnumEntry") == 0)
@@ -32,6 +33,7 @@ bool CEnumerationNode::ConfigureElement(const pugi::xml_node& child, CNodeBuilde
         if (!pEntry)
             builder.Fail(this, child, "pEnumEntry does not name an EnumEntry");
         m_entries.push_back(pEntry);
+        m_accessInputs.push_back(pEntry);
         pEntry->AddDependent(this);
     }
     else if (std::strcmp(name, "Value") == 0)
@@ -49,6 +51,19 @@ void CEnumerationNode::Link(CNodeBuilder& /*builder*/)
 
 EAccessMode CEnumerationNode::NaturalAccessLocked(bool structural)
 {
+    // With no entry implemented the enumeration is not either.
+    if (!m_entries.empty())
+    {
+        bool anyImplemented = false;
+        for (CEnumEntryNode* pEntry : m_entries)
+            if (pEntry->AccessLocked() != NI)
+            {
+                anyImplemented = true;
+                break;
+            }
+        if (!anyImplemented)
+            return NI;
+    }
     if (m_pValue)
         return structural ? m_pValue->StructuralAccessLocked() : m_pValue->AccessLocked();
     return RW;

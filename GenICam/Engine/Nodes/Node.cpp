@@ -248,41 +248,37 @@ EAccessMode CNode::AccessLocked()
     if (m_accessValid)
         return static_cast<EAccessMode>(m_cachedAccess);
     CEvaluationGuard guard(this);
-    EAccessMode mode = RW;
-    bool decided = false;
-    if (m_pIsImplemented)
+    // Every input is combined, so NI wins over NA wherever it comes from.
+    EAccessMode mode = NaturalAccessLocked(false);
+    for (CNode* pReference : m_references)
+        PropagateAvailability(mode, pReference, false);
+    if (m_pIsImplemented && mode != NI)
     {
         const EAccessMode flagMode = m_pIsImplemented->AccessLocked();
         if (!IsAvailable(flagMode))
-            mode = flagMode, decided = true;
+            mode = Combine(mode, flagMode);
         else if (!FlagIsSet(m_pIsImplemented))
-            mode = NI, decided = true;
+            mode = NI;
     }
-    if (!decided && m_pIsAvailable)
+    if (m_pIsAvailable && mode != NI)
     {
         const EAccessMode flagMode = m_pIsAvailable->AccessLocked();
         if (!IsAvailable(flagMode))
-            mode = flagMode == NI ? NI : NA, decided = true;
+            mode = Combine(mode, flagMode);
         else if (!FlagIsSet(m_pIsAvailable))
-            mode = NA, decided = true;
+            mode = Combine(mode, NA);
     }
-    if (!decided)
+    if (m_pIsLocked && IsAvailable(mode))
     {
-        mode = NaturalAccessLocked(false);
-        for (CNode* pReference : m_references)
-            PropagateAvailability(mode, pReference, false);
-        if (m_pIsLocked && IsAvailable(mode))
+        const EAccessMode flagMode = m_pIsLocked->AccessLocked();
+        if (!IsAvailable(flagMode))
+            mode = Combine(mode, flagMode);
+        else if (FlagIsSet(m_pIsLocked))
         {
-            const EAccessMode flagMode = m_pIsLocked->AccessLocked();
-            if (!IsAvailable(flagMode))
-                mode = flagMode;
-            else if (FlagIsSet(m_pIsLocked))
-            {
-                if (mode == RW)
-                    mode = RO;
-                else if (mode == WO)
-                    mode = NA;
-            }
+            if (mode == RW)
+                mode = RO;
+            else if (mode == WO)
+                mode = NA;
         }
     }
     mode = Combine(mode, static_cast<EAccessMode>(m_imposedAccess));
@@ -318,6 +314,9 @@ bool CNode::AccessModeCacheableLocked()
             cacheable = false;
     for (CNode* pChild : m_references)
         if (!pChild->AccessModeCacheableLocked())
+            cacheable = false;
+    for (CNode* pInput : m_accessInputs)
+        if (!pInput->AccessModeCacheableLocked())
             cacheable = false;
     m_accessCacheable = cacheable ? 1 : 0;
     return cacheable;

@@ -200,6 +200,7 @@ protected:
     std::vector<CNode*> m_dependents;    // nodes to invalidate when this one changes
     std::vector<CNode*> m_valueChildren; // nodes the value is read from (caching mode)
     std::vector<CNode*> m_references;    // every node read for value or access mode
+    std::vector<CNode*> m_accessInputs;  // nodes whose access mode shapes this one's (entries, features)
     std::vector<CNode*> m_selected;      // pSelected
     std::vector<CNode*> m_selecting;     // nodes that select this one
     std::vector<CNode*> m_invalidators;  // pInvalidator

@@ -1,7 +1,5 @@
 #include "Engine/Formula/FormulaCompiler.h"
 
-#include <clocale>
-#include <cmath>
 #include <cstdlib>
 #include <cstring>
 #include <limits>

@@ -51,18 +51,22 @@ void CEnumerationNode::Link(CNodeBuilder& /*builder*/)
 
 EAccessMode CEnumerationNode::NaturalAccessLocked(bool structural)
 {
-    // With no entry implemented the enumeration is not either.
+    // With no entry implemented the enumeration is not either; with none available, neither.
     if (!m_entries.empty())
     {
-        bool anyImplemented = false;
+        bool anyImplemented = false, anyAvailable = false;
         for (CEnumEntryNode* pEntry : m_entries)
-            if (pEntry->AccessLocked() != NI)
-            {
-                anyImplemented = true;
+        {
+            const EAccessMode entryMode = pEntry->AccessLocked();
+            anyImplemented = anyImplemented || entryMode != NI;
+            anyAvailable = anyAvailable || IsAvailable(entryMode);
+            if (anyAvailable)
                 break;
-            }
+        }
         if (!anyImplemented)
             return NI;
+        if (!anyAvailable && !structural)
+            return NA;
     }
     if (m_pValue)
         return structural ? m_pValue->StructuralAccessLocked() : m_pValue->AccessLocked();

@@ -44,7 +44,7 @@ std::string JsonString(const std::string& text)
             out += "\\t";
             break;
         default:
-            if (c < 0x20 || c >= 0x7F)
+            if (c < 0x20 || c == 0x7F)
             {
                 char escaped[8];
                 std::snprintf(escaped, sizeof(escaped), "\\u%04x", c);

@@ -41,6 +41,15 @@ GenICam::gcstring CNodeBuilder::Trimmed(const char* pText)
     return GenICam::gcstring(view.data(), view.size());
 }
 
+std::string CNodeBuilder::FullText(const pugi::xml_node& element)
+{
+    std::string text;
+    for (pugi::xml_node piece = element.first_child(); piece; piece = piece.next_sibling())
+        if (piece.type() == pugi::node_pcdata || piece.type() == pugi::node_cdata)
+            text += piece.value();
+    return text;
+}
+
 CNode* CNodeBuilder::Ref(const pugi::xml_node& element, const CNode* pFrom)
 {
     return RefName(TrimmedView(element.text().get()), element, pFrom);

@@ -39,6 +39,8 @@ public:
     bool Bool(const pugi::xml_node& element, const CNode* pFrom);
     /// Yes/No text.
     bool YesNo(const pugi::xml_node& element, const CNode* pFrom);
+    /// All text of the element (PCDATA and CDATA pieces around comments), as written.
+    static std::string FullText(const pugi::xml_node& element);
     /// The element's text, copied into the node map's arena.
     std::string_view Text(const pugi::xml_node& element);
     std::string_view Store(std::string_view text);

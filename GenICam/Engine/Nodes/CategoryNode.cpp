@@ -39,8 +39,9 @@ EAccessMode CCategoryNode::NaturalAccessLocked(bool /*structural*/)
 
 EVisibility CCategoryNode::VisibilityLocked(int depth) const
 {
+    // An empty category has nothing to show unless its own Visibility says otherwise.
     if (m_features.empty() || depth > 64)
-        return OwnVisibility();
+        return m_hasVisibility ? OwnVisibility() : Invisible;
     EVisibility visibility = Invisible;
     for (CNode* pFeature : m_features)
     {

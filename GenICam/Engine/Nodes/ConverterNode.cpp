@@ -15,15 +15,15 @@ bool CConverterNode::ConfigureElement(const pugi::xml_node& child, CNodeBuilder&
         return true;
     const char* name = child.name();
     if (std::strcmp(name, "FormulaTo") == 0)
-        m_toText = child.text().get(), m_toElement = child;
+        m_toText = CNodeBuilder::FullText(child), m_toElement = child;
     else if (std::strcmp(name, "FormulaFrom") == 0)
-        m_fromText = child.text().get(), m_fromElement = child;
+        m_fromText = CNodeBuilder::FullText(child), m_fromElement = child;
     else if (std::strcmp(name, "pValue") == 0)
         AddValueChild(m_pValue = builder.Ref(child, this));
     else if (std::strcmp(name, "Slope") == 0)
         m_slope = builder.Enum<ESlopeClass, ESlope>(child, this);
     else if (std::strcmp(name, "IsLinear") == 0)
-        builder.YesNo(child, this);
+        m_isLinear = builder.YesNo(child, this);
     else
         return CFloatBase::ConfigureElement(child, builder);
     return true;
@@ -87,6 +87,34 @@ void CConverterNode::RangeLocked(double& minimum, double& maximum)
         minimum = b, maximum = a;
     else
         minimum = a < b ? a : b, maximum = a < b ? b : a;
+}
+
+bool CConverterNode::RawHasIncLocked()
+{
+    // Only a linear formula maps pValue's increment to a constant step of its own.
+    return m_isLinear && m_pValue->HasFloatIncLocked();
+}
+
+double CConverterNode::RawIncLocked()
+{
+    if (!RawHasIncLocked())
+        return 0.0;
+    const bool isFloat = dynamic_cast<CFloatBase*>(m_pValue) != nullptr;
+    Engine::FormulaValue_t low, next;
+    if (isFloat)
+    {
+        const double minimum = m_pValue->FloatMinLocked();
+        low = Engine::FormulaValue_t::FromFloat(minimum);
+        next = Engine::FormulaValue_t::FromFloat(minimum + m_pValue->FloatIncLocked());
+    }
+    else
+    {
+        const int64_t minimum = m_pValue->IntMinLocked();
+        low = Engine::FormulaValue_t::FromInt(minimum);
+        next = Engine::FormulaValue_t::FromInt(minimum + m_pValue->IntIncLocked());
+    }
+    const double step = m_from.EvaluateFloat(m_binding, &next) - m_from.EvaluateFloat(m_binding, &low);
+    return step < 0 ? -step : step;
 }
 
 double CConverterNode::RawMinLocked()

@@ -27,8 +27,8 @@ protected:
     void WriteLocked(double value, bool verify) override;
     double RawMinLocked() override;
     double RawMaxLocked() override;
-    bool RawHasIncLocked() override { return false; }
-    CNode* PropertySourceLocked() const override { return nullptr; }
+    bool RawHasIncLocked() override;
+    double RawIncLocked() override;
 
 private:
     /// FormulaFrom of pValue's minimum and maximum, ordered by the Slope.
@@ -41,5 +41,6 @@ private:
     pugi::xml_node m_toElement, m_fromElement; // valid while loading only
     CNode* m_pValue = nullptr;
     ESlope m_slope = Automatic;
+    bool m_isLinear = false;
 };
 } // namespace GenApi

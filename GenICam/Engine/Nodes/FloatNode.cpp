@@ -68,9 +68,7 @@ bool CFloatNode::ConfigureElement(const pugi::xml_node& child, CNodeBuilder& bui
 
 ECachingMode CFloatNode::ComputeCachingModeLocked()
 {
-    // A forwarded float (converted, rounded) need not read back as written.
-    if (m_valueChildren.empty())
-        return WriteThrough;
+    // A float need not read back exactly as written: re-read after a write.
     return Combine(CNode::ComputeCachingModeLocked(), WriteAround);
 }
 
@@ -86,6 +84,12 @@ EAccessMode CFloatNode::NaturalAccessLocked(bool structural)
             return structural ? pTarget->StructuralAccessLocked() : pTarget->AccessLocked();
     }
     return RW;
+}
+
+CNode* CFloatNode::IndexedTargetLocked()
+{
+    const IndexedValue_t* pEntry = SelectedEntryLocked(false);
+    return pEntry ? pEntry->pValue : m_pDefault;
 }
 
 CFloatNode::IndexedValue_t* CFloatNode::SelectedEntryLocked(bool ignoreCache)
@@ -148,6 +152,9 @@ double CFloatNode::RawMinLocked()
         return m_min;
     if (m_pValue)
         return m_pValue->FloatMinLocked();
+    if (m_pIndex)
+        if (CNode* pTarget = IndexedTargetLocked())
+            return pTarget->FloatMinLocked();
     return -DBL_MAX;
 }
 
@@ -159,6 +166,9 @@ double CFloatNode::RawMaxLocked()
         return m_max;
     if (m_pValue)
         return m_pValue->FloatMaxLocked();
+    if (m_pIndex)
+        if (CNode* pTarget = IndexedTargetLocked())
+            return pTarget->FloatMaxLocked();
     return DBL_MAX;
 }
 
@@ -179,6 +189,9 @@ double CFloatNode::RawIncLocked()
         return m_inc;
     if (m_pValue && m_pValue->HasFloatIncLocked())
         return m_pValue->FloatIncLocked();
+    if (m_pIndex)
+        if (CNode* pTarget = IndexedTargetLocked())
+            return pTarget->FloatIncLocked();
     return 0.0;
 }
 

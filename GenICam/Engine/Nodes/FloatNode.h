@@ -38,6 +38,8 @@ private:
         CNode* pValue;
     };
     IndexedValue_t* SelectedEntryLocked(bool ignoreCache);
+    /// The node the current index selects (null for a constant).
+    CNode* IndexedTargetLocked();
 
     double m_value = 0.0;
     CNode* m_pValue = nullptr;

@@ -22,9 +22,9 @@ bool CFormulaBinding::ConfigureElement(CNode* pOwner, const pugi::xml_node& chil
         pOwner->AddValueChild(pVariable);
     }
     else if (std::strcmp(name, "Constant") == 0)
-        m_symbols.push_back({child.attribute("Name").value(), CNodeBuilder::Trimmed(child.text().get()).str(), false});
+        m_symbols.push_back({child.attribute("Name").value(), std::string(CNodeBuilder::TrimmedView(CNodeBuilder::FullText(child).c_str())), false});
     else if (std::strcmp(name, "Expression") == 0)
-        m_symbols.push_back({child.attribute("Name").value(), child.text().get(), true});
+        m_symbols.push_back({child.attribute("Name").value(), CNodeBuilder::FullText(child), true});
     else
         return false;
     return true;

@@ -13,9 +13,9 @@ bool CIntConverterNode::ConfigureElement(const pugi::xml_node& child, CNodeBuild
         return true;
     const char* name = child.name();
     if (std::strcmp(name, "FormulaTo") == 0)
-        m_toText = child.text().get(), m_toElement = child;
+        m_toText = CNodeBuilder::FullText(child), m_toElement = child;
     else if (std::strcmp(name, "FormulaFrom") == 0)
-        m_fromText = child.text().get(), m_fromElement = child;
+        m_fromText = CNodeBuilder::FullText(child), m_fromElement = child;
     else if (std::strcmp(name, "pValue") == 0)
         AddValueChild(m_pValue = builder.Ref(child, this));
     else if (std::strcmp(name, "Slope") == 0)
@@ -100,10 +100,4 @@ int64_t CIntConverterNode::RawMaxLocked()
     return maximum;
 }
 
-ERepresentation CIntConverterNode::RawRepresentationLocked()
-{
-    if (m_representation != _UndefinedRepresentation)
-        return static_cast<ERepresentation>(m_representation);
-    return PureNumber;
-}
 } // namespace GenApi

@@ -27,8 +27,6 @@ protected:
     void WriteLocked(int64_t value, bool verify) override;
     int64_t RawMinLocked() override;
     int64_t RawMaxLocked() override;
-    ERepresentation RawRepresentationLocked() override;
-    std::string_view RawUnitLocked() override { return m_unit; }
 
 private:
     void RangeLocked(int64_t& minimum, int64_t& maximum);

@@ -89,6 +89,12 @@ EAccessMode CIntegerNode::NaturalAccessLocked(bool structural)
     return RW;
 }
 
+CNode* CIntegerNode::IndexedTargetLocked()
+{
+    const IndexedValue_t* pEntry = SelectedEntryLocked(false);
+    return pEntry ? pEntry->pValue : m_pDefault;
+}
+
 CIntegerNode::IndexedValue_t* CIntegerNode::SelectedEntryLocked(bool ignoreCache)
 {
     if (!IsReadable(m_pIndex->AccessLocked()))
@@ -149,6 +155,9 @@ int64_t CIntegerNode::RawMinLocked()
         return m_min;
     if (m_pValue)
         return m_pValue->IntMinLocked();
+    if (m_pIndex)
+        if (CNode* pTarget = IndexedTargetLocked())
+            return pTarget->IntMinLocked();
     return INT64_MIN;
 }
 
@@ -160,6 +169,9 @@ int64_t CIntegerNode::RawMaxLocked()
         return m_max;
     if (m_pValue)
         return m_pValue->IntMaxLocked();
+    if (m_pIndex)
+        if (CNode* pTarget = IndexedTargetLocked())
+            return pTarget->IntMaxLocked();
     return INT64_MAX;
 }
 
@@ -171,6 +183,9 @@ int64_t CIntegerNode::RawIncLocked()
         return m_inc;
     if (m_pValue)
         return m_pValue->IntIncLocked();
+    if (m_pIndex)
+        if (CNode* pTarget = IndexedTargetLocked())
+            return pTarget->IntIncLocked();
     return 1;
 }
 

@@ -38,6 +38,8 @@ private:
     };
     /// The entry selected by the current pIndex value, or null for the default.
     IndexedValue_t* SelectedEntryLocked(bool ignoreCache);
+    /// The node the current index selects (null for a constant).
+    CNode* IndexedTargetLocked();
 
     int64_t m_value = 0;
     CNode* m_pValue = nullptr;

@@ -105,6 +105,7 @@ bool CNode::ConfigureElement(const pugi::xml_node& child, CNodeBuilder& builder)
         if (Is(child, "Visibility"))
         {
             m_visibility = static_cast<uint8_t>(builder.Enum<EVisibilityClass, EVisibility>(child, this));
+            m_hasVisibility = true;
             return true;
         }
         return false;
@@ -247,7 +248,17 @@ EAccessMode CNode::AccessLocked()
 {
     if (m_accessValid)
         return static_cast<EAccessMode>(m_cachedAccess);
+    // A node reached again while its own access mode is being worked out (pMax of a width
+    // depending on an offset whose pMax depends on the width) adds no restriction.
+    if (m_accessInProgress)
+        return RW;
     CEvaluationGuard guard(this);
+    struct InProgress_t
+    {
+        bool& flag;
+        explicit InProgress_t(bool& f) : flag(f) { flag = true; }
+        ~InProgress_t() { flag = false; }
+    } inProgress(m_accessInProgress);
     // Every input is combined, so NI wins over NA wherever it comes from.
     EAccessMode mode = NaturalAccessLocked(false);
     for (CNode* pReference : m_references)

@@ -222,6 +222,8 @@ protected:
     bool m_streamable = false;
     bool m_deprecated = false;
     bool m_isFeature = false;
+    bool m_hasVisibility = false;
+    bool m_accessInProgress = false;
     int8_t m_accessCacheable = -1; // -1 unknown, 0 no, 1 yes
 
 public:

@@ -14,7 +14,7 @@ bool CSwissKnifeNode::ConfigureElement(const pugi::xml_node& child, CNodeBuilder
         return true;
     if (std::strcmp(child.name(), "Formula") == 0)
     {
-        m_formulaText = child.text().get();
+        m_formulaText = CNodeBuilder::FullText(child);
         m_formulaElement = child;
         return true;
     }

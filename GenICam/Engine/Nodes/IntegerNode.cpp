@@ -1,5 +1,6 @@
 #include "Engine/Nodes/IntegerNode.h"
 
+#include <algorithm>
 #include <cstdlib>
 #include <cstring>
 
@@ -154,7 +155,13 @@ int64_t CIntegerNode::RawMinLocked()
     if (m_hasMin)
         return m_min;
     if (m_pValue)
-        return m_pValue->IntMinLocked();
+    {
+        // Every node the value is copied to must accept it.
+        int64_t minimum = m_pValue->IntMinLocked();
+        for (CNode* pCopy : m_valueCopies)
+            minimum = std::max(minimum, pCopy->IntMinLocked());
+        return minimum;
+    }
     if (m_pIndex)
         if (CNode* pTarget = IndexedTargetLocked())
             return pTarget->IntMinLocked();
@@ -168,7 +175,12 @@ int64_t CIntegerNode::RawMaxLocked()
     if (m_hasMax)
         return m_max;
     if (m_pValue)
-        return m_pValue->IntMaxLocked();
+    {
+        int64_t maximum = m_pValue->IntMaxLocked();
+        for (CNode* pCopy : m_valueCopies)
+            maximum = std::min(maximum, pCopy->IntMaxLocked());
+        return maximum;
+    }
     if (m_pIndex)
         if (CNode* pTarget = IndexedTargetLocked())
             return pTarget->IntMaxLocked();

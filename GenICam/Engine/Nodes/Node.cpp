@@ -293,6 +293,9 @@ EAccessMode CNode::AccessLocked()
         }
     }
     mode = Combine(mode, static_cast<EAccessMode>(m_imposedAccess));
+    // A category only structures the tree: it is either there (RO) or not implemented.
+    if (m_kind == ENodeKind_t::Category && mode == NA)
+        mode = RO;
     if (AccessModeCacheableLocked())
     {
         m_cachedAccess = static_cast<uint8_t>(mode);

@@ -113,6 +113,16 @@ EAccessMode CStringNode::NaturalAccessLocked(bool structural)
     return RW;
 }
 
+int64_t CStringNode::MaxLengthLocked()
+{
+    if (m_pValue)
+        return m_pValue->MaxLengthLocked();
+    // A read-only text cannot grow: its length is all there is.
+    if (AccessLocked() == RO)
+        return static_cast<int64_t>(StringValueLocked(false, false).size());
+    return 1073741820;
+}
+
 std::string CStringNode::ReadLocked(bool verify, bool ignoreCache)
 {
     if (m_pValue)

@@ -54,7 +54,7 @@ public:
     bool ConfigureElement(const pugi::xml_node& child, CNodeBuilder& builder) override;
     EAccessMode NaturalAccessLocked(bool structural) override;
     CNode* ForwardsTo() const override { return m_pValue; }
-    int64_t MaxLengthLocked() override { return m_pValue ? m_pValue->MaxLengthLocked() : 1073741820; }
+    int64_t MaxLengthLocked() override;
 
 protected:
     std::string ReadLocked(bool verify, bool ignoreCache) override;

@@ -7,6 +7,7 @@
 #include <cstring>
 #include <functional>
 #include <memory>
+#include <new>
 #include <string>
 #include <vector>
 
@@ -197,13 +198,16 @@ class GuardedAllocator : public QvApi::IQvAllocator
 public:
     static constexpr size_t kGuardBytes = 64;
     static constexpr uint8_t kGuardValue = 0xA5;
+    static constexpr size_t kLargestBlock = size_t(1) << 30; // larger requests are refused
 
     void Allocate(void** ppBuffer, size_t size, void** ppContext) override
     {
         ++allocateCount;
         lastAllocateSize = size;
-        if (refuse)
+        if (refuse || size > kLargestBlock)
         {
+            if (throwWhenRefusing)
+                throw std::bad_alloc();
             *ppBuffer = nullptr;
             *ppContext = nullptr;
             return;
@@ -245,6 +249,7 @@ public:
     size_t LiveBlocks() const { return m_blocks.size(); }
 
     bool refuse = false;
+    bool throwWhenRefusing = false; // refuse with std::bad_alloc instead of a null block
     int allocateCount = 0;
     int deallocateCount = 0;
     int deregisterCount = 0;

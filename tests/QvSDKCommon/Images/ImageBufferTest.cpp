@@ -184,6 +184,11 @@ TEST_F(ImageBuffer, RefusesASizeNoAllocatorCouldProvide)
     BufferPtr builtIn = MakeBuffer();
     EXPECT_THROW(builtIn->SetSize(SIZE_MAX / 64, 1, QvPFNC_Mono8, 0), GenICam::BadAllocException);
     EXPECT_THROW(buffer->SetSize(SIZE_MAX / 64, 1, QvPFNC_Mono8, 0), GenICam::BadAllocException);
+    EXPECT_EQ(allocator.allocateCount, 1);
+    buffer->SetSize(4, 4, QvPFNC_Mono8, 0);
+    allocator.throwWhenRefusing = true;
+    allocator.refuse = true;
+    EXPECT_THROW(buffer->SetSize(8, 8, QvPFNC_Mono8, 0), GenICam::BadAllocException);
     EXPECT_FALSE(buffer->HasImageBuffer());
 }
 

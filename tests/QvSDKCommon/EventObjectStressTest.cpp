@@ -66,7 +66,7 @@ private:
 TEST(EventObjectStress, PingPongThroughInfiniteMultiObjectWaitsLosesNoSignal)
 {
     CWatchdog watchdog(120s);
-    const int rounds = 3000 * Scale();
+    const int rounds = 20000 * Scale();
     CEventObject ping(nullptr, false, false, nullptr), pong(nullptr, false, false, nullptr);
     void* pingHandles[] = {&ping};
     void* pongHandles[] = {&pong};
@@ -96,7 +96,7 @@ TEST(EventObjectStress, PingPongThroughInfiniteMultiObjectWaitsLosesNoSignal)
 TEST(EventObjectStress, WaitForAllCollectsPairsFromTwoSignallers)
 {
     CWatchdog watchdog(120s);
-    const int rounds = 2000 * Scale();
+    const int rounds = 10000 * Scale();
     CEventObject left(nullptr, false, false, nullptr), right(nullptr, false, false, nullptr);
     CEventObject leftAck(nullptr, false, false, nullptr), rightAck(nullptr, false, false, nullptr);
     void* pair[] = {&left, &right};
@@ -146,7 +146,7 @@ TEST(EventObjectStress, RandomSignallersAndWaitersKeepTheirInvariants)
     std::atomic<long> waits{0};
     std::atomic<bool> stop{false};
 
-    const int roundsPerSignaller = 4000 * Scale();
+    const int roundsPerSignaller = 30000 * Scale();
     std::vector<std::thread> threads;
     for (int s = 0; s < 3; ++s)
     {

@@ -157,7 +157,8 @@ bool CNodeBuilder::YesNo(const pugi::xml_node& element, const CNode* pFrom)
 
 std::string_view CNodeBuilder::Text(const pugi::xml_node& element)
 {
-    return m_map.Arena().Store(element.text().get());
+    // The parsed description stays alive with the map: no copy needed.
+    return std::string_view(element.text().get());
 }
 
 std::string_view CNodeBuilder::Store(std::string_view text)

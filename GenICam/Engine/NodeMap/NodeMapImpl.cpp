@@ -26,20 +26,28 @@ CNodeMapImpl::~CNodeMapImpl() = default;
 CNode* CNodeMapImpl::AddNode(std::unique_ptr<CNode> pNode)
 {
     CNode* pRaw = pNode.get();
-    m_byName.emplace(pRaw->Name(), pRaw);
+    auto result = m_byName.try_emplace(pRaw->Name(), pRaw);
+    if (result.second)
+        m_orderNames.push_back(pRaw->Name());
+    else
+        result.first->second = pRaw;
     m_nodes.push_back(std::move(pNode));
     return pRaw;
+}
+
+void CNodeMapImpl::Reserve(size_t nodeCount)
+{
+    m_byName.reserve(nodeCount);
+    m_orderNames.reserve(nodeCount);
+    m_nodes.reserve(nodeCount);
 }
 
 void CNodeMapImpl::ReserveOrder(std::string_view name)
 {
     if (name.empty())
         return;
-    if (m_orderIndex.find(name) != m_orderIndex.end())
-        return;
-    const std::string_view stored = m_arena.Store(name);
-    m_orderIndex.emplace(stored, m_orderNames.size());
-    m_orderNames.push_back(stored);
+    if (m_byName.try_emplace(name, nullptr).second)
+        m_orderNames.push_back(name);
 }
 
 CNode* CNodeMapImpl::FindNode(std::string_view name) const
@@ -55,19 +63,16 @@ void CNodeMapImpl::FinishLoading()
     for (std::string_view name : m_orderNames)
         if (CNode* pNode = FindNode(name))
             m_ordered.push_back(pNode);
-    if (m_ordered.size() != m_nodes.size())
-    {
-        // Nodes whose names never showed up in the scan (should not happen): keep them anyway.
-        for (const std::unique_ptr<CNode>& pNode : m_nodes)
-            if (m_orderIndex.find(pNode->Name()) == m_orderIndex.end())
-                m_ordered.push_back(pNode.get());
-    }
-    m_orderIndex.clear();
     m_orderNames.clear();
+    m_orderNames.shrink_to_fit();
+    // Names only ever referenced (never defined) were load errors; drop any placeholder left.
+    for (auto it = m_byName.begin(); it != m_byName.end();)
+        it = it->second ? std::next(it) : m_byName.erase(it);
     m_ports.clear();
     m_polled.clear();
     for (CNode* pNode : m_ordered)
     {
+        pNode->FinishLinks();
         if (CPortNode* pPort = dynamic_cast<CPortNode*>(pNode))
             m_ports.push_back(pPort);
         if (pNode->PollingTimeMs() > 0)

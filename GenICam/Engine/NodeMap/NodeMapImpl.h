@@ -55,7 +55,7 @@ public:
     ~CNodeMapImpl() override;
 
     // ---- building (loader only) ----
-    /// Takes ownership of a node; it becomes findable by name. Returns the node.
+    /// Takes ownership of a node; it becomes findable by name (which must stay valid). Returns the node.
     CNode* AddNode(std::unique_ptr<CNode> pNode);
     /// Reserves a place in the node order for a name met before its node (a reference).
     void ReserveOrder(std::string_view name);
@@ -63,6 +63,10 @@ public:
     CNode* FindNode(std::string_view name) const;
     CStringArena& Arena() { return m_arena; }
     DeviceInfo_t& Info() { return m_info; }
+    /// Keeps the parsed description alive: node names and texts are views into it.
+    void AdoptSourceText(std::vector<char>&& text) { m_sourceText = std::move(text); }
+    /// Sizes the name tables for about \a nodeCount nodes.
+    void Reserve(size_t nodeCount);
     /// Called once loading is complete: fixes the node order and the polling list.
     void FinishLoading();
     const std::vector<std::unique_ptr<CNode>>& OwnedNodes() const { return m_nodes; }
@@ -141,9 +145,9 @@ private:
     CStringArena m_arena;
     DeviceInfo_t m_info;
     std::vector<std::unique_ptr<CNode>> m_nodes;           // owned nodes, creation order
-    std::unordered_map<std::string_view, CNode*> m_byName; // names point into m_arena
+    std::vector<char> m_sourceText;                        // the parsed description; names and texts point into it
+    std::unordered_map<std::string_view, CNode*> m_byName; // null while only referenced
     std::vector<std::string_view> m_orderNames;            // names in first-occurrence order
-    std::unordered_map<std::string_view, size_t> m_orderIndex;
     std::vector<CNode*> m_ordered;                         // nodes in GetNodes order
     std::vector<CPortNode*> m_ports;
     std::vector<CNode*> m_polled;                          // nodes with a PollingTime

@@ -17,7 +17,7 @@ bool CEnumEntryNode::ConfigureElement(const pugi::xml_node& child, CNodeBuilder&
     else if (std::strcmp(name, "NumericValue") == 0)
         m_numericValue = builder.Float(child, this), m_hasNumericValue = true;
     else if (std::strcmp(name, "Symbolic") == 0)
-        m_symbolic = builder.Store(CNodeBuilder::TrimmedView(child.text().get()));
+        m_symbolic = CNodeBuilder::TrimmedView(child.text().get());
     else if (std::strcmp(name, "IsSelfClearing") == 0)
         m_selfClearing = builder.YesNo(child, this);
     else

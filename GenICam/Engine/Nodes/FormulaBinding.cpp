@@ -18,7 +18,7 @@ bool CFormulaBinding::ConfigureElement(CNode* pOwner, const pugi::xml_node& chil
     if (std::strcmp(name, "pVariable") == 0)
     {
         CNode* pVariable = builder.Ref(child, pOwner);
-        m_variables.emplace_back(builder.Store(child.attribute("Name").value()), pVariable);
+        m_variables.emplace_back(std::string_view(child.attribute("Name").value()), pVariable);
         pOwner->AddValueChild(pVariable);
     }
     else if (std::strcmp(name, "Constant") == 0)

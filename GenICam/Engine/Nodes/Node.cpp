@@ -1,5 +1,6 @@
 #include "Engine/Nodes/Node.h"
 
+#include <algorithm>
 #include <cmath>
 #include <cstring>
 
@@ -124,7 +125,7 @@ bool CNode::ConfigureElement(const pugi::xml_node& child, CNodeBuilder& builder)
     case 'E':
         if (Is(child, "EventID"))
         {
-            m_eventId = builder.Store(CNodeBuilder::TrimmedView(child.text().get()));
+            m_eventId = CNodeBuilder::TrimmedView(child.text().get());
             return true;
         }
         return Is(child, "Extension") || Is(child, "ExposeStatic");
@@ -163,13 +164,19 @@ ECachingMode CNode::ComputeCachingModeLocked()
 
 void CNode::AddDependent(CNode* pDependent)
 {
-    if (pDependent == this)
+    if (pDependent == this || (!m_dependents.empty() && m_dependents.back() == pDependent))
         return;
-    // Descriptions often list the same link twice (pValue and pInvalidator); one entry suffices.
-    for (CNode* pExisting : m_dependents)
-        if (pExisting == pDependent)
-            return;
+    // Other duplicates (pValue and pInvalidator naming the same node) go in FinishLinks().
     m_dependents.push_back(pDependent);
+}
+
+void CNode::FinishLinks()
+{
+    if (m_dependents.size() < 2)
+        return;
+    std::sort(m_dependents.begin(), m_dependents.end());
+    m_dependents.erase(std::unique(m_dependents.begin(), m_dependents.end()), m_dependents.end());
+    m_dependents.shrink_to_fit();
 }
 
 void CNode::AddValueChild(CNode* pChild)

@@ -53,6 +53,8 @@ public:
     void AddReference(CNode* pReference);
     /// Records that \a pDependent must be invalidated when this node changes.
     void AddDependent(CNode* pDependent);
+    /// Drops duplicate links once loading is complete.
+    void FinishLinks();
     /// Records that this node is selected by \a pSelector.
     void AddSelectingNode(CNode* pSelector) { m_selecting.push_back(pSelector); }
     /// Nodes this node reads its value or access mode from (used for cycle checks and children lists).

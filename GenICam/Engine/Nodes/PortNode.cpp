@@ -43,7 +43,7 @@ bool CPortNode::ConfigureElement(const pugi::xml_node& child, CNodeBuilder& buil
 {
     const char* name = child.name();
     if (std::strcmp(name, "ChunkID") == 0)
-        m_chunkId = builder.Store(CNodeBuilder::TrimmedView(child.text().get()));
+        m_chunkId = CNodeBuilder::TrimmedView(child.text().get());
     else if (std::strcmp(name, "pChunkID") == 0)
         AddReference(m_pChunkId = builder.Ref(child, this));
     else if (std::strcmp(name, "SwapEndianess") == 0)

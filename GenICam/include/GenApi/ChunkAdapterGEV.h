@@ -1,0 +1,41 @@
+#pragma once
+
+#include <GenApi/ChunkAdapter.h>
+
+namespace GenApi
+{
+/// The trailer behind each GigE Vision chunk's data (both fields big-endian on the wire).
+struct GVCP_CHUNK_TRAILER
+{
+    uint32_t ChunkID;     ///< the chunk's ID
+    uint32_t ChunkLength; ///< data bytes before this trailer (the trailer not included)
+};
+
+/**
+ * \brief Chunk adapter for GigE Vision payloads: each chunk is its data followed by a GVCP_CHUNK_TRAILER,
+ *        read backwards from the end of the valid bytes.
+ *
+ * A layout is valid when the trailers lead from the end exactly to offset 0 after at least one
+ * chunk. Threads and lifetime as CChunkAdapter.
+ */
+class GENICAM_API CChunkAdapterGEV : public CChunkAdapter
+{
+public:
+    /**
+     * \param[in] pNodeMap The node map whose chunk ports are fed, or null to attach one later.
+     * \param[in] maxChunkCacheSize Largest chunk a CacheChunkData port copies (-1 no limit, 0 never).
+     */
+    explicit CChunkAdapterGEV(INodeMap* pNodeMap = nullptr, int64_t maxChunkCacheSize = -1);
+    ~CChunkAdapterGEV() override;
+
+    /// Whether the trailer chain of the first \a bufferLength bytes is complete and consistent.
+    bool CheckBufferLayout(uint8_t* pBuffer, int64_t bufferLength) override;
+    /**
+     * \brief Attaches the chunks of the first \a bufferLength bytes of \a pBuffer.
+     * \throws RuntimeException "Invalid layout of buffer attached to chunk parser!" when the
+     *         trailer chain is not valid (a length beyond the bytes before it, bytes left over,
+     *         an empty buffer); nothing is attached then.
+     */
+    void AttachBuffer(uint8_t* pBuffer, int64_t bufferLength, AttachStatistics_t* pAttachStatistics = nullptr) override;
+};
+} // namespace GenApi

@@ -61,7 +61,10 @@ void CPortNode::Link(CNodeBuilder& /*builder*/)
 
 EAccessMode CPortNode::NaturalAccessLocked(bool /*structural*/)
 {
-    return m_pPort ? m_pPort->GetAccessMode() : NI;
+    // A chunk port without a chunk adapter is merely empty (NA), as it is between buffers.
+    if (!m_pPort)
+        return HasChunkId() ? NA : NI;
+    return m_pPort->GetAccessMode();
 }
 
 void CPortNode::DropCacheLocked()

@@ -458,23 +458,25 @@ constexpr Reader_t kReaders[] = {
 constexpr size_t kReaderCount = sizeof(kReaders) / sizeof(kReaders[0]);
 static_assert(kReaderCount == 98, "one reader per known pixel format");
 
-// The readers sorted by code, built once, shared by every accessor.
-const std::array<Reader_t, kReaderCount>& SortedReaders()
+// The readers sorted by code at compile time, shared by every accessor.
+constexpr std::array<Reader_t, kReaderCount> SortReaders()
 {
-    static const std::array<Reader_t, kReaderCount> sorted = [] {
-        std::array<Reader_t, kReaderCount> readers{};
-        std::copy(std::begin(kReaders), std::end(kReaders), readers.begin());
-        std::sort(readers.begin(), readers.end(),
-                  [](const Reader_t& a, const Reader_t& b) { return a.format < b.format; });
-        return readers;
-    }();
-    return sorted;
+    std::array<Reader_t, kReaderCount> readers{};
+    for (size_t i = 0; i < kReaderCount; ++i)
+    {
+        size_t j = i;
+        for (; j > 0 && readers[j - 1].format > kReaders[i].format; --j)
+            readers[j] = readers[j - 1];
+        readers[j] = kReaders[i];
+    }
+    return readers;
 }
+constexpr std::array<Reader_t, kReaderCount> kSortedReaders = SortReaders();
 
 // The reader of a format, or null.
 const Reader_t* GetFilter(EQvPixelFormatNamingConvention_t format)
 {
-    const auto& readers = SortedReaders();
+    const auto& readers = kSortedReaders;
     const auto it = std::lower_bound(readers.begin(), readers.end(), format,
                                      [](const Reader_t& reader, EQvPixelFormatNamingConvention_t value) {
                                          return reader.format < value;

@@ -1,5 +1,6 @@
 #include "QvApi_TL/QvPixelFormatInfo.h"
 
+#include <algorithm>
 #include <new>
 
 #include "QvApi_TL/QvSpecificPixelInfo.h"
@@ -141,6 +142,17 @@ CQvPixelFormatInfo::CQvPixelFormatInfo()
         DeleteRecords();
         throw;
     }
+    try
+    {
+        m_sorted.reserve(m_records.size());
+        for (const auto& entry : m_records) // the map iterates in key order
+            m_sorted.emplace_back(entry.first, entry.second);
+    }
+    catch (...)
+    {
+        DeleteRecords();
+        throw;
+    }
 }
 
 CQvPixelFormatInfo::~CQvPixelFormatInfo()
@@ -150,6 +162,7 @@ CQvPixelFormatInfo::~CQvPixelFormatInfo()
 
 void CQvPixelFormatInfo::DeleteRecords() noexcept
 {
+    m_sorted.clear();
     for (auto& entry : m_records)
         delete entry.second;
     m_records.clear();
@@ -165,7 +178,8 @@ IQvPixelFormatInfoInside* CQvPixelFormatInfo::GetIQvPixelFormatInfoInside(EQvPix
 
 const CQvSpecificPixelInfo* CQvPixelFormatInfo::Find(EQvPixelFormatNamingConvention_t value) const
 {
-    const auto it = m_records.find(value);
-    return it == m_records.end() ? nullptr : it->second;
+    const auto it = std::lower_bound(m_sorted.begin(), m_sorted.end(), value,
+                                     [](const auto& entry, EQvPixelFormatNamingConvention_t key) { return entry.first < key; });
+    return it != m_sorted.end() && it->first == value ? it->second : nullptr;
 }
 } // namespace QvApi

@@ -1,6 +1,8 @@
 #pragma once
 
 #include <map>
+#include <utility>
+#include <vector>
 
 #include <QvApi/QvPixelFormat.h>
 
@@ -40,5 +42,8 @@ private:
     void DeleteRecords() noexcept;
 
     std::map<EQvPixelFormatNamingConvention_t, CQvSpecificPixelInfo*> m_records; // owned records
+    // The same records as one sorted array: Find() runs once per pixel access, and a binary
+    // search over contiguous keys costs a fraction of a walk through tree nodes.
+    std::vector<std::pair<EQvPixelFormatNamingConvention_t, const CQvSpecificPixelInfo*>> m_sorted;
 };
 } // namespace QvApi

@@ -151,12 +151,13 @@ inline void CheckRange(const char* file, int line, EQvRangeCheck_t check, const 
 /// Throws CQvGenTLErrorException; the format's first conversion is the code: "%d = TLOpen(0x%p)".
 #define QV_THROW_GENTL(lib, error, functionName, format, ...)                                          \
     QvApi::ThrowGenTLError(__FILE__, __LINE__, lib, error, functionName, format, ##__VA_ARGS__)
-/// Throws CQvGenTLErrorException when \a error is not GC_ERR_SUCCESS.
+/// Throws CQvGenTLErrorException when \a error is not GC_ERR_SUCCESS (evaluated once).
 #define QV_CHECK_GENTL(lib, error, functionName, format, ...)                                          \
     do                                                                                                 \
     {                                                                                                  \
-        if (QV_UNLIKELY((error) != GenTL::GC_ERR_SUCCESS))                                             \
-            QV_THROW_GENTL(lib, error, functionName, format, ##__VA_ARGS__);                           \
+        const GenTL::GC_ERROR qvCheckedError_ = (error);                                               \
+        if (QV_UNLIKELY(qvCheckedError_ != GenTL::GC_ERR_SUCCESS))                                     \
+            QV_THROW_GENTL(lib, qvCheckedError_, functionName, format, ##__VA_ARGS__);                 \
     } while (false)
 
 // ---- Operating system ---------------------------------------------------------------------------

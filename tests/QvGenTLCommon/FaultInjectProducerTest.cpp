@@ -263,12 +263,12 @@ TEST_F(FaultProducer, EventKillReleasesABlockedWaitWithAbort)
 
 TEST_F(FaultProducer, RefusesCallsBeforeInitialisation)
 {
-    m_lib->UnloadLib();
-    auto* initialised = m_fault; // the table is cleared; call the producer through a second binding
-    ASSERT_EQ(initialised->GetInitCount(), 0);
-    m_lib = std::make_unique<CQvGenTLLib>("libqvfault.cti");
-    ASSERT_EQ(m_lib->GCCloseLib(), GC_ERR_SUCCESS);
+    ASSERT_EQ(m_lib->GCCloseLib(), GC_ERR_SUCCESS); // back to no initialisation
+    EXPECT_EQ(m_fault->GetInitCount(), 0);
     EXPECT_EQ(m_lib->TLOpen(&m_hTL), GC_ERR_NOT_INITIALIZED);
+    GC_ERROR code = 0;
+    EXPECT_EQ(LastErrorText(&code), "GCInitLib has not been called.");
+    EXPECT_EQ(code, GC_ERR_NOT_INITIALIZED);
     ASSERT_EQ(m_lib->GCInitLib(), GC_ERR_SUCCESS); // for the binding's own GCCloseLib
 }
 

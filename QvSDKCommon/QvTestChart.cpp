@@ -204,6 +204,24 @@ bool MakeChartBGR(IQvImage* pIQvImage, uint32_t memoryInitialization, bool rgbOr
         // With an alpha sample the line cannot be copied whole: alpha of patch pixels stays.
         uint8_t* pLine = target.pBuffer + y * target.linePitch;
         const size_t samplesInside = BytesInside(target, y, lineSamples * sizeof(T)) / sizeof(T);
+        if (samplesInside == lineSamples)
+        {
+            // The whole line lies inside the image: runs of black at once, three samples per
+            // patch pixel.
+            const size_t pixelBytes = K * sizeof(T);
+            uint8_t* pByte = pLine;
+            memset(pByte, 0, left * pixelBytes);
+            pByte += left * pixelBytes;
+            for (size_t patch = 0; patch < 6; ++patch)
+            {
+                for (size_t i = 0; i < patchWidth; ++i, pByte += pixelBytes)
+                    memcpy(pByte, samples[patchRow][patch], 3 * sizeof(T));
+                memset(pByte, 0, gap * pixelBytes);
+                pByte += gap * pixelBytes;
+            }
+            memset(pByte, 0, static_cast<size_t>(pLine + W * pixelBytes - pByte));
+            continue;
+        }
         auto put = [&](size_t sample, T value) {
             if (sample < samplesInside)
                 Store(pLine + sample * sizeof(T), value);

@@ -363,7 +363,7 @@ pugi::xml_node ParseDocument(pugi::xml_document& document, std::vector<char>& bu
     pugi::xml_node root = document.document_element();
     if (!root || !IsRegisterDescription(root))
     {
-        const size_t offset = root ? static_cast<size_t>(root.offset_debug()) : 0;
+        const size_t offset = root && root.offset_debug() > 0 ? static_cast<size_t>(root.offset_debug()) - 1 : 0;
         throw RUNTIME_EXCEPTION("Error while parsing XML stream at line %u and column %u : 'unexpected element encountered'",
                                 pass.LineOf(offset), pass.ColumnOf(offset));
     }

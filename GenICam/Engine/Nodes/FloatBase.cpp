@@ -74,7 +74,7 @@ double CFloatBase::GetValue(bool verify, bool ignoreCache)
     AutoLock lock(NodeMapLock());
     if (QV_LIKELY(!verify && !ignoreCache && m_valueValid && m_accessValid && IsReadable(static_cast<EAccessMode>(m_cachedAccess))))
         return m_cachedValue;
-    return ReadValueSlowLocked(verify, ignoreCache);
+    return FloatValueLocked(verify, ignoreCache);
 }
 
 double CFloatBase::operator()()

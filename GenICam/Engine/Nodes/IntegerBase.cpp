@@ -77,7 +77,7 @@ int64_t CIntegerBase::GetValue(bool verify, bool ignoreCache)
     // Fast path: a valid cached value of a node whose cached access mode allows reading.
     if (QV_LIKELY(!verify && !ignoreCache && m_valueValid && m_accessValid && IsReadable(static_cast<EAccessMode>(m_cachedAccess))))
         return m_cachedValue;
-    return ReadValueSlowLocked(verify, ignoreCache);
+    return IntValueLocked(verify, ignoreCache);
 }
 
 int64_t CIntegerBase::operator()()

@@ -448,8 +448,14 @@ int64_t CNode::RoundToInt64(double value, const char* method) const
         if (std::strcmp(method, "SetValue") == 0)
             throw RUNTIME_EXCEPTION_NODE(NameText(), method)(
                 "CIntegerPolyRef::SetValue(): double value outside int64 range");
+    {
+        // %f of a huge value would not fit the description.
+        if (value > -1e30 && value < 1e30)
+            throw RUNTIME_EXCEPTION_NODE(NameText(), method)(
+                "CIntegerPolyRef::GetValue(): Float value %f out of integer range", value);
         throw RUNTIME_EXCEPTION_NODE(NameText(), method)(
-            "CIntegerPolyRef::GetValue(): Float value %f out of integer range", value);
+            "CIntegerPolyRef::GetValue(): Float value %g out of integer range", value);
+    }
     }
     const double rounded = value < 0 ? -std::floor(-value + 0.5) : std::floor(value + 0.5);
     if (rounded >= 9223372036854775807.0)

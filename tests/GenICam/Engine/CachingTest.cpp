@@ -1,0 +1,128 @@
+#include <string>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+#include <GenApi/GenApi.h>
+
+#include "GenApiSnippet.h"
+
+using namespace GenApi;
+using QvTest::IntReg;
+using QvTest::LoadSnippet;
+
+namespace
+{
+struct Counted_t
+{
+    int64_t value;
+    int64_t reads;
+};
+
+Counted_t Read(CMemoryPort& port, CNodeMapRef& nodeMap, const char* name, bool verify = false, bool ignoreCache = false)
+{
+    const int64_t before = port.GetReadCount();
+    const int64_t value = CIntegerPtr(nodeMap._GetNode(name))->GetValue(verify, ignoreCache);
+    return {value, port.GetReadCount() - before};
+}
+} // namespace
+
+TEST(Caching, ModesDecideWhenTheDeviceIsRead)
+{
+    CMemoryPort port;
+    port.Poke(0, {1, 0, 0, 0, 2, 0, 0, 0, 3, 0, 0, 0});
+    CNodeMapRef nodeMap = LoadSnippet(IntReg("WT", 0) + IntReg("WA", 4, "<Cachable>WriteAround</Cachable>") +
+                                          IntReg("NC", 8, "<Cachable>NoCache</Cachable>"),
+                                      &port);
+    EXPECT_EQ(Read(port, nodeMap, "WT").reads, 1);
+    EXPECT_EQ(Read(port, nodeMap, "WA").reads, 1);
+    EXPECT_EQ(Read(port, nodeMap, "NC").reads, 1);
+    port.Poke(0, {11, 0, 0, 0, 12, 0, 0, 0, 13, 0, 0, 0});
+    EXPECT_EQ(Read(port, nodeMap, "WT").value, 1);
+    EXPECT_EQ(Read(port, nodeMap, "WT").reads, 0);
+    EXPECT_EQ(Read(port, nodeMap, "WA").value, 2);
+    const Counted_t noCache = Read(port, nodeMap, "NC");
+    EXPECT_EQ(noCache.value, 13);
+    EXPECT_EQ(noCache.reads, 1);
+
+    CIntegerPtr(nodeMap._GetNode("WT"))->SetValue(21);
+    CIntegerPtr(nodeMap._GetNode("WA"))->SetValue(22);
+    CIntegerPtr(nodeMap._GetNode("NC"))->SetValue(23);
+    EXPECT_EQ(Read(port, nodeMap, "WT").reads, 0);
+    EXPECT_EQ(Read(port, nodeMap, "WA").reads, 1);
+    EXPECT_EQ(Read(port, nodeMap, "NC").reads, 1);
+    EXPECT_EQ(Read(port, nodeMap, "WT", false, true).reads, 1);
+    EXPECT_EQ(Read(port, nodeMap, "WT", true).reads, 1);
+    EXPECT_EQ(nodeMap._GetNode("NC")->GetCachingMode(), NoCache);
+    EXPECT_FALSE(nodeMap._GetNode("NC")->IsCachable());
+}
+
+TEST(Caching, PollingInvalidatesWhenTheTimeIsUpAndRestartsAtZero)
+{
+    CMemoryPort port;
+    port.Poke(0, {4, 0, 0, 0});
+    CNodeMapRef nodeMap = LoadSnippet(IntReg("PT", 0, "<PollingTime>100</PollingTime>") +
+                                          "<Integer Name=\"Wrap\"><pValue>PT</pValue></Integer>",
+                                      &port);
+    EXPECT_EQ(Read(port, nodeMap, "Wrap").value, 4);
+    port.Poke(0, {24, 0, 0, 0});
+    nodeMap._Poll(50);
+    EXPECT_EQ(Read(port, nodeMap, "Wrap").value, 4);
+    nodeMap._Poll(49);
+    EXPECT_EQ(Read(port, nodeMap, "PT").reads, 0);
+    nodeMap._Poll(1);
+    EXPECT_EQ(Read(port, nodeMap, "Wrap").value, 24);
+    port.Poke(0, {34, 0, 0, 0});
+    nodeMap._Poll(150);
+    EXPECT_EQ(Read(port, nodeMap, "PT").value, 34);
+    port.Poke(0, {44, 0, 0, 0});
+    nodeMap._Poll(60);
+    EXPECT_EQ(Read(port, nodeMap, "PT").value, 34);
+    EXPECT_EQ(nodeMap._GetNode("PT")->GetPollingTime(), 100);
+    EXPECT_EQ(nodeMap._GetNode("Wrap")->GetPollingTime(), -1);
+}
+
+TEST(Caching, InvalidatorsAndTheSharedRegisterCache)
+{
+    CMemoryPort port;
+    port.Poke(0, {21, 0, 0, 0});
+    CNodeMapRef nodeMap = LoadSnippet(IntReg("WT", 0) + IntReg("Alias", 0) +
+                                          IntReg("Inv", 0, "<pInvalidator>Alias</pInvalidator>"),
+                                      &port);
+    EXPECT_EQ(Read(port, nodeMap, "Inv").value, 21);
+    EXPECT_EQ(Read(port, nodeMap, "Alias").reads, 0); // same bytes, already read through this port
+    port.Poke(0, {55, 0, 0, 0});
+    CIntegerPtr(nodeMap._GetNode("WT"))->SetValue(66); // no link: the others keep their values
+    EXPECT_EQ(Read(port, nodeMap, "Inv").value, 21);
+    CIntegerPtr(nodeMap._GetNode("Alias"))->SetValue(77);
+    const Counted_t afterAlias = Read(port, nodeMap, "Inv");
+    EXPECT_EQ(afterAlias.value, 77);
+    EXPECT_EQ(afterAlias.reads, 0);
+    port.Poke(0, {88, 0, 0, 0});
+    nodeMap._GetNode("Alias")->InvalidateNode();
+    const Counted_t afterInvalidate = Read(port, nodeMap, "Inv");
+    EXPECT_EQ(afterInvalidate.value, 88);
+    EXPECT_EQ(afterInvalidate.reads, 1);
+    EXPECT_EQ(Read(port, nodeMap, "WT").value, 66);
+    nodeMap._InvalidateNodes();
+    EXPECT_EQ(Read(port, nodeMap, "WT").value, 88);
+}
+
+TEST(Caching, DependentsAreRecomputedAfterAWrite)
+{
+    CMemoryPort port;
+    CNodeMapRef nodeMap = LoadSnippet(IntReg("Reg", 0) + IntReg("MaxReg", 4) +
+                                          "<Integer Name=\"Feat\"><pValue>Reg</pValue><pMax>MaxReg</pMax></Integer>"
+                                          "<IntSwissKnife Name=\"Twice\"><pVariable Name=\"F\">Feat</pVariable><Formula>F*2</Formula></IntSwissKnife>",
+                                      &port);
+    CIntegerPtr(nodeMap._GetNode("MaxReg"))->SetValue(50);
+    CIntegerPtr feature = nodeMap._GetNode("Feat");
+    EXPECT_EQ(feature->GetMax(), 50);
+    feature->SetValue(5);
+    EXPECT_EQ(CIntegerPtr(nodeMap._GetNode("Twice"))->GetValue(), 10);
+    CIntegerPtr(nodeMap._GetNode("MaxReg"))->SetValue(8);
+    EXPECT_EQ(feature->GetMax(), 8);
+    EXPECT_FALSE(feature->IsValueCacheValid()); // MaxReg invalidated it
+    feature->GetValue();
+    EXPECT_TRUE(feature->IsValueCacheValid());
+}

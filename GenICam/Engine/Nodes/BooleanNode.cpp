@@ -47,7 +47,7 @@ EAccessMode CBooleanNode::NaturalAccessLocked(bool structural)
 
 bool CBooleanNode::BoolValueLocked(bool verify, bool ignoreCache)
 {
-    if (!verify && !ignoreCache && m_valueValid && IsReadable(AccessLocked()))
+    if (!verify && !ignoreCache && m_valueValid && ReadableLocked())
         return m_cachedValue;
     CheckReadableLocked("GetValue");
     CEvaluationGuard guard(this);

@@ -109,7 +109,7 @@ void CEnumerationNode::ThrowInvalidValue(const char* method, const char* valueTe
 
 int64_t CEnumerationNode::IntValueLocked(bool verify, bool ignoreCache)
 {
-    if (!verify && !ignoreCache && m_valueValid && IsReadable(AccessLocked()))
+    if (!verify && !ignoreCache && m_valueValid && ReadableLocked())
         return m_cachedValue;
     CheckReadableLocked("GetValue");
     CEvaluationGuard guard(this);
@@ -238,7 +238,7 @@ GenICam::gcstring CEnumerationNode::operator*()
 int64_t CEnumerationNode::GetIntValue(bool verify, bool ignoreCache)
 {
     AutoLock lock(NodeMapLock());
-    if (QV_LIKELY(!verify && !ignoreCache && m_valueValid && m_accessValid && IsReadable(static_cast<EAccessMode>(m_cachedAccess))))
+    if (QV_LIKELY(!verify && !ignoreCache && m_valueValid && m_readState == kReadYes))
         return m_cachedValue;
     return IntValueLocked(verify, ignoreCache);
 }

@@ -72,7 +72,7 @@ IFloat& CFloatBase::operator=(double value)
 double CFloatBase::GetValue(bool verify, bool ignoreCache)
 {
     AutoLock lock(NodeMapLock());
-    if (QV_LIKELY(!verify && !ignoreCache && m_valueValid && m_accessValid && IsReadable(static_cast<EAccessMode>(m_cachedAccess))))
+    if (QV_LIKELY(!verify && !ignoreCache && m_valueValid && m_readState == kReadYes))
         return m_cachedValue;
     return FloatValueLocked(verify, ignoreCache);
 }
@@ -181,7 +181,7 @@ void CFloatBase::ImposeMax(double value)
 
 double CFloatBase::FloatValueLocked(bool verify, bool ignoreCache)
 {
-    if (!verify && !ignoreCache && m_valueValid && IsReadable(AccessLocked()))
+    if (!verify && !ignoreCache && m_valueValid && ReadableLocked())
         return m_cachedValue;
     return ReadValueSlowLocked(verify, ignoreCache);
 }

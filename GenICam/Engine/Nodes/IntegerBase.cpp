@@ -75,7 +75,7 @@ int64_t CIntegerBase::GetValue(bool verify, bool ignoreCache)
 {
     AutoLock lock(NodeMapLock());
     // Fast path: a valid cached value of a node whose cached access mode allows reading.
-    if (QV_LIKELY(!verify && !ignoreCache && m_valueValid && m_accessValid && IsReadable(static_cast<EAccessMode>(m_cachedAccess))))
+    if (QV_LIKELY(!verify && !ignoreCache && m_valueValid && m_readState == kReadYes))
         return m_cachedValue;
     return IntValueLocked(verify, ignoreCache);
 }
@@ -165,7 +165,7 @@ void CIntegerBase::ImposeMax(int64_t value)
 
 int64_t CIntegerBase::IntValueLocked(bool verify, bool ignoreCache)
 {
-    if (!verify && !ignoreCache && m_valueValid && IsReadable(AccessLocked()))
+    if (!verify && !ignoreCache && m_valueValid && ReadableLocked())
         return m_cachedValue;
     return ReadValueSlowLocked(verify, ignoreCache);
 }

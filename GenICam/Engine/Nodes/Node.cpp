@@ -251,10 +251,16 @@ EAccessMode CNode::NaturalAccessLocked(bool /*structural*/)
     return RO;
 }
 
-EAccessMode CNode::AccessLocked()
+bool CNode::ComputeReadableLocked()
 {
-    if (m_accessValid)
-        return static_cast<EAccessMode>(m_cachedAccess);
+    const bool readable = IsReadable(m_accessValid ? static_cast<EAccessMode>(m_cachedAccess) : ComputeAccessLocked(false));
+    if (AccessModeCacheableLocked(true))
+        m_readState = readable ? kReadYes : kReadNo;
+    return readable;
+}
+
+EAccessMode CNode::ComputeAccessLocked(bool includeLock)
+{
     // A node reached again while its own access mode is being worked out (pMax of a width
     // depending on an offset whose pMax depends on the width) adds no restriction.
     if (m_accessInProgress)
@@ -286,7 +292,7 @@ EAccessMode CNode::AccessLocked()
         else if (!FlagIsSet(m_pIsAvailable))
             mode = Combine(mode, NA);
     }
-    if (m_pIsLocked && IsAvailable(mode))
+    if (includeLock && m_pIsLocked && IsAvailable(mode))
     {
         const EAccessMode flagMode = m_pIsLocked->AccessLocked();
         if (!IsAvailable(flagMode))
@@ -303,7 +309,7 @@ EAccessMode CNode::AccessLocked()
     // A category only structures the tree: it is either there (RO) or not implemented.
     if (m_kind == ENodeKind_t::Category && mode == NA)
         mode = RO;
-    if (AccessModeCacheableLocked())
+    if (includeLock && AccessModeCacheableLocked())
     {
         m_cachedAccess = static_cast<uint8_t>(mode);
         m_accessValid = true;
@@ -324,13 +330,14 @@ EAccessMode CNode::StructuralAccessLocked()
     return Combine(NaturalAccessLocked(true), static_cast<EAccessMode>(m_imposedAccess));
 }
 
-bool CNode::AccessModeCacheableLocked()
+bool CNode::AccessModeCacheableLocked(bool ignoreLock)
 {
-    if (m_accessCacheable >= 0)
-        return m_accessCacheable != 0;
-    m_accessCacheable = 1; // provisional: a cycle back here counts as cacheable
+    int8_t& memo = ignoreLock ? m_readCacheable : m_accessCacheable;
+    if (memo >= 0)
+        return memo != 0;
+    memo = 1; // provisional: a cycle back here counts as cacheable
     bool cacheable = true;
-    for (CNode* pFlag : {m_pIsImplemented, m_pIsAvailable, m_pIsLocked})
+    for (CNode* pFlag : {m_pIsImplemented, m_pIsAvailable, ignoreLock ? nullptr : m_pIsLocked})
         if (pFlag && (pFlag->CachingMode() == NoCache || !pFlag->AccessModeCacheableLocked()))
             cacheable = false;
     for (CNode* pChild : m_references)
@@ -339,13 +346,13 @@ bool CNode::AccessModeCacheableLocked()
     for (CNode* pInput : m_accessInputs)
         if (!pInput->AccessModeCacheableLocked())
             cacheable = false;
-    m_accessCacheable = cacheable ? 1 : 0;
+    memo = cacheable ? 1 : 0;
     return cacheable;
 }
 
 void CNode::CheckReadableLocked(const char* method)
 {
-    if (!IsReadable(AccessLocked()))
+    if (!ReadableLocked())
         throw ACCESS_EXCEPTION_NODE(NameText(), method)("Node is not readable.");
 }
 
@@ -469,6 +476,7 @@ void CNode::DropCacheLocked()
 {
     m_valueValid = false;
     m_accessValid = false;
+    m_readState = kReadUnknown;
 }
 
 bool CNode::AdvancePollLocked(int64_t elapsedMs)

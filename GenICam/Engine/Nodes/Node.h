@@ -74,7 +74,15 @@ public:
 
     // ---- access mode ----
     /// Full access mode (cached when allowed).
-    EAccessMode AccessLocked();
+    EAccessMode AccessLocked() { return m_accessValid ? static_cast<EAccessMode>(m_cachedAccess) : ComputeAccessLocked(true); }
+    /// Whether the node may be read. pIsLocked cannot change that, so its inputs are not evaluated
+    /// and need not be cacheable: the usual fast path of a read.
+    bool ReadableLocked()
+    {
+        if (m_readState != kReadUnknown)
+            return m_readState == kReadYes;
+        return ComputeReadableLocked();
+    }
     /**
      * \brief Access mode for a write without verification: ignores pIsAvailable, pIsLocked and
      *        unavailable referenced nodes, but not NI, the natural mode and ImposedAccessMode.
@@ -82,8 +90,9 @@ public:
     EAccessMode StructuralAccessLocked();
     /// The kind's own access mode, before pIsImplemented/pIsAvailable/pIsLocked/imposed.
     virtual EAccessMode NaturalAccessLocked(bool structural);
-    /// Whether the access mode may be cached (false when it depends on uncached values).
-    bool AccessModeCacheableLocked();
+    /// Whether the access mode may be cached (false when it depends on uncached values); with
+    /// \a ignoreLock, whether it may be cached apart from pIsLocked.
+    bool AccessModeCacheableLocked(bool ignoreLock = false);
 
     // ---- value protocol (lock held; used between nodes, e.g. pValue, pMin, formula variables) ----
     virtual int64_t IntValueLocked(bool verify, bool ignoreCache);
@@ -172,6 +181,9 @@ public:
     const std::vector<CNode*>& SelectedNodes() const { return m_selected; }
 
 protected:
+    static constexpr uint8_t kReadUnknown = 0, kReadYes = 1, kReadNo = 2;
+    EAccessMode ComputeAccessLocked(bool includeLock);
+    bool ComputeReadableLocked();
     /// Name used in exception texts.
     const char* NameText() const { return m_name.data(); }
     /// Lowers \a mode to NI/NA when \a pReference is NI/NA (unless computing the structural mode).
@@ -227,6 +239,8 @@ protected:
     bool m_hasVisibility = false;
     bool m_accessInProgress = false;
     int8_t m_accessCacheable = -1; // -1 unknown, 0 no, 1 yes
+    int8_t m_readCacheable = -1;   // the same, pIsLocked left out
+    uint8_t m_readState = kReadUnknown;
 
 public:
     uint32_t m_walkEpoch = 0;   // last invalidation walk that visited this node

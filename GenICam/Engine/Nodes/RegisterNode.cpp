@@ -25,7 +25,7 @@ void CRegisterNode::DropCacheLocked()
 
 std::vector<uint8_t> CRegisterNode::ReadAllLocked(bool verify, bool ignoreCache)
 {
-    if (!verify && !ignoreCache && m_valueValid && IsReadable(AccessLocked()))
+    if (!verify && !ignoreCache && m_valueValid && ReadableLocked())
         return m_cachedBytes;
     CheckReadableLocked("Get");
     CEvaluationGuard guard(this);

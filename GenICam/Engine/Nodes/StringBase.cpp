@@ -12,7 +12,7 @@ namespace GenApi
 {
 std::string CStringBase::StringValueLocked(bool verify, bool ignoreCache)
 {
-    if (!verify && !ignoreCache && m_valueValid && IsReadable(AccessLocked()))
+    if (!verify && !ignoreCache && m_valueValid && ReadableLocked())
         return m_cachedValue;
     CheckReadableLocked("GetValue");
     CEvaluationGuard guard(this);

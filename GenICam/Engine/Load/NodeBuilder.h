@@ -7,6 +7,8 @@
 
 #include <GenApi/EnumClasses.h>
 
+#include "Engine/Load/Element.h"
+
 namespace GenApi
 {
 class CNode;
@@ -23,6 +25,17 @@ class CNodeBuilder
 {
 public:
     CNodeBuilder(CNodeMapImpl& map, std::string_view sourceText, bool isSchema10);
+
+    /// The interned name of \a element (remembered for the element last asked about).
+    EElement_t ElementOf(const pugi::xml_node& element)
+    {
+        if (element.internal_object() != m_pLastElement)
+        {
+            m_pLastElement = element.internal_object();
+            m_lastElement = GenApi::ElementOf(element.name());
+        }
+        return m_lastElement;
+    }
 
     /// The node named by the element's text. \throws RuntimeException for an unknown name.
     CNode* Ref(const pugi::xml_node& element, const CNode* pFrom);
@@ -77,5 +90,7 @@ private:
     CNodeMapImpl& m_map;
     std::string_view m_sourceText; // the description as loaded, for line numbers
     bool m_isSchema10;
+    const void* m_pLastElement = nullptr;
+    EElement_t m_lastElement = EElement_t::Unknown;
 };
 } // namespace GenApi

@@ -26,18 +26,17 @@ CNodeMapImpl::~CNodeMapImpl() = default;
 CNode* CNodeMapImpl::AddNode(std::unique_ptr<CNode> pNode)
 {
     CNode* pRaw = pNode.get();
-    auto result = m_byName.try_emplace(pRaw->Name(), pRaw);
+    std::pair<CNameTable::Entry_t*, bool> result = m_byName.Emplace(pRaw->Name());
     if (result.second)
         m_orderNames.push_back(pRaw->Name());
-    else
-        result.first->second = pRaw;
+    result.first->pNode = pRaw;
     m_nodes.push_back(std::move(pNode));
     return pRaw;
 }
 
 void CNodeMapImpl::Reserve(size_t nodeCount)
 {
-    m_byName.reserve(nodeCount);
+    m_byName.Reserve(nodeCount);
     m_orderNames.reserve(nodeCount);
     m_nodes.reserve(nodeCount);
 }
@@ -46,14 +45,14 @@ void CNodeMapImpl::ReserveOrder(std::string_view name)
 {
     if (name.empty())
         return;
-    if (m_byName.try_emplace(name, nullptr).second)
+    if (m_byName.Emplace(name).second)
         m_orderNames.push_back(name);
 }
 
 CNode* CNodeMapImpl::FindNode(std::string_view name) const
 {
-    auto it = m_byName.find(name);
-    return it == m_byName.end() ? nullptr : it->second;
+    const CNameTable::Entry_t* pEntry = m_byName.Find(name);
+    return pEntry ? pEntry->pNode : nullptr;
 }
 
 void CNodeMapImpl::FinishLoading()
@@ -65,9 +64,6 @@ void CNodeMapImpl::FinishLoading()
             m_ordered.push_back(pNode);
     m_orderNames.clear();
     m_orderNames.shrink_to_fit();
-    // Names only ever referenced (never defined) were load errors; drop any placeholder left.
-    for (auto it = m_byName.begin(); it != m_byName.end();)
-        it = it->second ? std::next(it) : m_byName.erase(it);
     m_ports.clear();
     m_polled.clear();
     for (CNode* pNode : m_ordered)

@@ -10,6 +10,7 @@
 #include <GenApi/INodeMap.h>
 #include <GenApi/Synch.h>
 
+#include "Engine/NodeMap/NameTable.h"
 #include "Engine/NodeMap/StringArena.h"
 
 namespace GenApi
@@ -146,7 +147,7 @@ private:
     DeviceInfo_t m_info;
     std::vector<std::unique_ptr<CNode>> m_nodes;           // owned nodes, creation order
     std::vector<char> m_sourceText;                        // the parsed description; names and texts point into it
-    std::unordered_map<std::string_view, CNode*> m_byName; // null while only referenced
+    CNameTable m_byName;                                   // name -> node (null while only referenced)
     std::vector<std::string_view> m_orderNames;            // names in first-occurrence order
     std::vector<CNode*> m_ordered;                         // nodes in GetNodes order
     std::vector<CPortNode*> m_ports;

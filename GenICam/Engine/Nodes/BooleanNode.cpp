@@ -12,14 +12,14 @@ namespace GenApi
 {
 bool CBooleanNode::ConfigureElement(const pugi::xml_node& child, CNodeBuilder& builder)
 {
-    const char* name = child.name();
-    if (std::strcmp(name, "Value") == 0)
+    const EElement_t element = builder.ElementOf(child);
+    if (element == EElement_t::Value)
         m_hasStoredValue = true, m_value = builder.Bool(child, this) ? 1 : 0;
-    else if (std::strcmp(name, "pValue") == 0)
+    else if (element == EElement_t::pValue)
         AddValueChild(m_pValue = builder.Ref(child, this));
-    else if (std::strcmp(name, "OnValue") == 0)
+    else if (element == EElement_t::OnValue)
         m_onValue = builder.Int(child, this);
-    else if (std::strcmp(name, "OffValue") == 0)
+    else if (element == EElement_t::OffValue)
         m_offValue = builder.Int(child, this);
     else
         return CNode::ConfigureElement(child, builder);

@@ -13,7 +13,7 @@ namespace GenApi
 {
 bool CCategoryNode::ConfigureElement(const pugi::xml_node& child, CNodeBuilder& builder)
 {
-    if (std::strcmp(child.name(), "pFeature") == 0)
+    if (builder.ElementOf(child) == EElement_t::pFeature)
     {
         CNode* pFeature = builder.Ref(child, this);
         m_features.push_back(pFeature);

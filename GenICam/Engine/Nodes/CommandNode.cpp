@@ -12,14 +12,14 @@ namespace GenApi
 {
 bool CCommandNode::ConfigureElement(const pugi::xml_node& child, CNodeBuilder& builder)
 {
-    const char* name = child.name();
-    if (std::strcmp(name, "Value") == 0)
+    const EElement_t element = builder.ElementOf(child);
+    if (element == EElement_t::Value)
         m_value = builder.Int(child, this);
-    else if (std::strcmp(name, "pValue") == 0)
+    else if (element == EElement_t::pValue)
         AddValueChild(m_pValue = builder.Ref(child, this));
-    else if (std::strcmp(name, "CommandValue") == 0)
+    else if (element == EElement_t::CommandValue)
         m_commandValue = builder.Int(child, this);
-    else if (std::strcmp(name, "pCommandValue") == 0)
+    else if (element == EElement_t::pCommandValue)
         AddReference(m_pCommandValue = builder.Ref(child, this));
     else
         return CNode::ConfigureElement(child, builder);

@@ -13,16 +13,16 @@ bool CConverterNode::ConfigureElement(const pugi::xml_node& child, CNodeBuilder&
 {
     if (m_binding.ConfigureElement(this, child, builder))
         return true;
-    const char* name = child.name();
-    if (std::strcmp(name, "FormulaTo") == 0)
+    const EElement_t element = builder.ElementOf(child);
+    if (element == EElement_t::FormulaTo)
         m_toText = CNodeBuilder::FullText(child), m_toElement = child;
-    else if (std::strcmp(name, "FormulaFrom") == 0)
+    else if (element == EElement_t::FormulaFrom)
         m_fromText = CNodeBuilder::FullText(child), m_fromElement = child;
-    else if (std::strcmp(name, "pValue") == 0)
+    else if (element == EElement_t::pValue)
         AddValueChild(m_pValue = builder.Ref(child, this));
-    else if (std::strcmp(name, "Slope") == 0)
+    else if (element == EElement_t::Slope)
         m_slope = builder.Enum<ESlopeClass, ESlope>(child, this);
-    else if (std::strcmp(name, "IsLinear") == 0)
+    else if (element == EElement_t::IsLinear)
         m_isLinear = builder.YesNo(child, this);
     else
         return CFloatBase::ConfigureElement(child, builder);

@@ -11,14 +11,14 @@ namespace GenApi
 {
 bool CEnumEntryNode::ConfigureElement(const pugi::xml_node& child, CNodeBuilder& builder)
 {
-    const char* name = child.name();
-    if (std::strcmp(name, "Value") == 0)
+    const EElement_t element = builder.ElementOf(child);
+    if (element == EElement_t::Value)
         m_value = builder.Int(child, this);
-    else if (std::strcmp(name, "NumericValue") == 0)
+    else if (element == EElement_t::NumericValue)
         m_numericValue = builder.Float(child, this), m_hasNumericValue = true;
-    else if (std::strcmp(name, "Symbolic") == 0)
+    else if (element == EElement_t::Symbolic)
         m_symbolic = CNodeBuilder::TrimmedView(child.text().get());
-    else if (std::strcmp(name, "IsSelfClearing") == 0)
+    else if (element == EElement_t::IsSelfClearing)
         m_selfClearing = builder.YesNo(child, this);
     else
         return CNode::ConfigureElement(child, builder);

@@ -14,8 +14,8 @@ namespace GenApi
 {
 bool CEnumerationNode::ConfigureElement(const pugi::xml_node& child, CNodeBuilder& builder)
 {
-    const char* name = child.name();
-    if (std::strcmp(name, "EnumEntry") == 0)
+    const EElement_t element = builder.ElementOf(child);
+    if (element == EElement_t::EnumEntry)
     {
         // The loader created the entry node in its first pass; configure it from its element.
         const std::string entryName = std::string("EnumEntry_") + std::string(Name()) + "_" + child.attribute("Name").value();
@@ -27,7 +27,7 @@ bool CEnumerationNode::ConfigureElement(const pugi::xml_node& child, CNodeBuilde
         m_accessInputs.push_back(pEntry);
         pEntry->AddDependent(this);
     }
-    else if (std::strcmp(name, "pEnumEntry") == 0)
+    else if (element == EElement_t::pEnumEntry)
     {
         CEnumEntryNode* pEntry = dynamic_cast<CEnumEntryNode*>(builder.Ref(child, this));
         if (!pEntry)
@@ -36,9 +36,9 @@ bool CEnumerationNode::ConfigureElement(const pugi::xml_node& child, CNodeBuilde
         m_accessInputs.push_back(pEntry);
         pEntry->AddDependent(this);
     }
-    else if (std::strcmp(name, "Value") == 0)
+    else if (element == EElement_t::Value)
         m_value = builder.Int(child, this);
-    else if (std::strcmp(name, "pValue") == 0)
+    else if (element == EElement_t::pValue)
         AddValueChild(m_pValue = builder.Ref(child, this));
     else
         return CNode::ConfigureElement(child, builder);

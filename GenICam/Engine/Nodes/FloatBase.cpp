@@ -15,14 +15,14 @@ namespace GenApi
 {
 bool CFloatBase::ConfigureElement(const pugi::xml_node& child, CNodeBuilder& builder)
 {
-    const char* name = child.name();
-    if (std::strcmp(name, "Unit") == 0)
+    const EElement_t element = builder.ElementOf(child);
+    if (element == EElement_t::Unit)
         m_unit = builder.Text(child);
-    else if (std::strcmp(name, "Representation") == 0)
+    else if (element == EElement_t::Representation)
         m_representation = static_cast<uint8_t>(builder.Enum<ERepresentationClass, ERepresentation>(child, this));
-    else if (std::strcmp(name, "DisplayNotation") == 0)
+    else if (element == EElement_t::DisplayNotation)
         m_displayNotation = static_cast<uint8_t>(builder.Enum<EDisplayNotationClass, EDisplayNotation>(child, this));
-    else if (std::strcmp(name, "DisplayPrecision") == 0)
+    else if (element == EElement_t::DisplayPrecision)
         m_displayPrecision = builder.Int(child, this);
     else
         return CNode::ConfigureElement(child, builder);

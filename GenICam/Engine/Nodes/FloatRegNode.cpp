@@ -15,7 +15,7 @@ bool CFloatRegNode::ConfigureElement(const pugi::xml_node& child, CNodeBuilder& 
 {
     if (m_register.ConfigureElement(this, child, builder))
         return true;
-    if (std::strcmp(child.name(), "Endianess") == 0)
+    if (builder.ElementOf(child) == EElement_t::Endianess)
     {
         m_bigEndian = builder.Enum<EEndianessClass, EEndianess>(child, this) == BigEndian;
         return true;

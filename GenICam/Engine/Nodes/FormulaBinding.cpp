@@ -14,16 +14,16 @@ namespace GenApi
 {
 bool CFormulaBinding::ConfigureElement(CNode* pOwner, const pugi::xml_node& child, CNodeBuilder& builder)
 {
-    const char* name = child.name();
-    if (std::strcmp(name, "pVariable") == 0)
+    const EElement_t element = builder.ElementOf(child);
+    if (element == EElement_t::pVariable)
     {
         CNode* pVariable = builder.Ref(child, pOwner);
         m_variables.emplace_back(std::string_view(child.attribute("Name").value()), pVariable);
         pOwner->AddValueChild(pVariable);
     }
-    else if (std::strcmp(name, "Constant") == 0)
+    else if (element == EElement_t::Constant)
         m_symbols.push_back({child.attribute("Name").value(), std::string(CNodeBuilder::TrimmedView(CNodeBuilder::FullText(child).c_str())), false});
-    else if (std::strcmp(name, "Expression") == 0)
+    else if (element == EElement_t::Expression)
         m_symbols.push_back({child.attribute("Name").value(), CNodeBuilder::FullText(child), true});
     else
         return false;

@@ -50,16 +50,16 @@ bool CIntRegNode::ConfigureElement(const pugi::xml_node& child, CNodeBuilder& bu
 {
     if (m_register.ConfigureElement(this, child, builder))
         return true;
-    const char* name = child.name();
-    if (std::strcmp(name, "Sign") == 0)
+    const EElement_t element = builder.ElementOf(child);
+    if (element == EElement_t::Sign)
         m_signed = builder.Enum<ESignClass, ESign>(child, this) == Signed;
-    else if (std::strcmp(name, "Endianess") == 0)
+    else if (element == EElement_t::Endianess)
         m_bigEndian = builder.Enum<EEndianessClass, EEndianess>(child, this) == BigEndian;
-    else if (std::strcmp(name, "Bit") == 0)
+    else if (element == EElement_t::Bit)
         m_lsb = m_msb = builder.Int(child, this);
-    else if (std::strcmp(name, "LSB") == 0)
+    else if (element == EElement_t::LSB)
         m_lsb = builder.Int(child, this);
-    else if (std::strcmp(name, "MSB") == 0)
+    else if (element == EElement_t::MSB)
         m_msb = builder.Int(child, this);
     else
         return CIntegerBase::ConfigureElement(child, builder);

@@ -12,7 +12,7 @@ bool CIntSwissKnifeNode::ConfigureElement(const pugi::xml_node& child, CNodeBuil
 {
     if (m_binding.ConfigureElement(this, child, builder))
         return true;
-    if (std::strcmp(child.name(), "Formula") == 0)
+    if (builder.ElementOf(child) == EElement_t::Formula)
     {
         m_formulaText = CNodeBuilder::FullText(child);
         m_formulaElement = child;

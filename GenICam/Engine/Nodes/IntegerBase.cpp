@@ -14,10 +14,10 @@ namespace GenApi
 {
 bool CIntegerBase::ConfigureElement(const pugi::xml_node& child, CNodeBuilder& builder)
 {
-    const char* name = child.name();
-    if (std::strcmp(name, "Unit") == 0)
+    const EElement_t element = builder.ElementOf(child);
+    if (element == EElement_t::Unit)
         m_unit = builder.Text(child);
-    else if (std::strcmp(name, "Representation") == 0)
+    else if (element == EElement_t::Representation)
         m_representation = static_cast<uint8_t>(builder.Enum<ERepresentationClass, ERepresentation>(child, this));
     else
         return CNode::ConfigureElement(child, builder);

@@ -13,43 +13,43 @@ namespace GenApi
 {
 bool CIntegerNode::ConfigureElement(const pugi::xml_node& child, CNodeBuilder& builder)
 {
-    const char* name = child.name();
-    if (std::strcmp(name, "Value") == 0)
+    const EElement_t element = builder.ElementOf(child);
+    if (element == EElement_t::Value)
         m_value = builder.Int(child, this);
-    else if (std::strcmp(name, "pValue") == 0)
+    else if (element == EElement_t::pValue)
         AddValueChild(m_pValue = builder.Ref(child, this));
-    else if (std::strcmp(name, "pValueCopy") == 0)
+    else if (element == EElement_t::pValueCopy)
     {
         m_valueCopies.push_back(builder.Ref(child, this));
         AddValueChild(m_valueCopies.back());
     }
-    else if (std::strcmp(name, "pIndex") == 0)
+    else if (element == EElement_t::pIndex)
         AddValueChild(m_pIndex = builder.Ref(child, this));
-    else if (std::strcmp(name, "ValueIndexed") == 0)
+    else if (element == EElement_t::ValueIndexed)
         m_indexed.push_back({builder.IntText(child.attribute("Index").value(), child, this), builder.Int(child, this), nullptr});
-    else if (std::strcmp(name, "pValueIndexed") == 0)
+    else if (element == EElement_t::pValueIndexed)
     {
         CNode* pTarget = builder.Ref(child, this);
         AddValueChild(pTarget);
         m_indexed.push_back({builder.IntText(child.attribute("Index").value(), child, this), 0, pTarget});
     }
-    else if (std::strcmp(name, "ValueDefault") == 0)
+    else if (element == EElement_t::ValueDefault)
         m_defaultValue = builder.Int(child, this);
-    else if (std::strcmp(name, "pValueDefault") == 0)
+    else if (element == EElement_t::pValueDefault)
         AddValueChild(m_pDefault = builder.Ref(child, this));
-    else if (std::strcmp(name, "Min") == 0)
+    else if (element == EElement_t::Min)
         m_min = builder.Int(child, this), m_hasMin = true;
-    else if (std::strcmp(name, "Max") == 0)
+    else if (element == EElement_t::Max)
         m_max = builder.Int(child, this), m_hasMax = true;
-    else if (std::strcmp(name, "Inc") == 0)
+    else if (element == EElement_t::Inc)
         m_inc = builder.Int(child, this), m_hasInc = true;
-    else if (std::strcmp(name, "pMin") == 0)
+    else if (element == EElement_t::pMin)
         AddReference(m_pMin = builder.Ref(child, this));
-    else if (std::strcmp(name, "pMax") == 0)
+    else if (element == EElement_t::pMax)
         AddReference(m_pMax = builder.Ref(child, this));
-    else if (std::strcmp(name, "pInc") == 0)
+    else if (element == EElement_t::pInc)
         AddReference(m_pInc = builder.Ref(child, this));
-    else if (std::strcmp(name, "ValidValueSet") == 0)
+    else if (element == EElement_t::ValidValueSet)
     {
         m_hasValidValueSet = true;
         const std::string text = CNodeBuilder::Trimmed(child.text().get()).str();

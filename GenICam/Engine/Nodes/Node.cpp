@@ -19,10 +19,6 @@ namespace
 // the stack runs out.
 constexpr int kMaxEvaluationDepth = 256;
 
-bool Is(const pugi::xml_node& node, const char* name)
-{
-    return std::strcmp(node.name(), name) == 0;
-}
 } // namespace
 
 CNode::CNode(CNodeMapImpl* pMap, ENodeKind_t kind, std::string_view name)
@@ -50,31 +46,31 @@ void CNode::Configure(const pugi::xml_node& element, CNodeBuilder& builder)
 
 bool CNode::ConfigureElement(const pugi::xml_node& child, CNodeBuilder& builder)
 {
-    const char* name = child.name();
-    switch (name[0])
+    const EElement_t element = builder.ElementOf(child);
+    switch (child.name()[0])
     {
     case 'p':
-        if (Is(child, "pIsImplemented"))
+        if (element == EElement_t::pIsImplemented)
             m_pIsImplemented = builder.Ref(child, this), m_pIsImplemented->AddDependent(this);
-        else if (Is(child, "pIsAvailable"))
+        else if (element == EElement_t::pIsAvailable)
             m_pIsAvailable = builder.Ref(child, this), m_pIsAvailable->AddDependent(this);
-        else if (Is(child, "pIsLocked"))
+        else if (element == EElement_t::pIsLocked)
             m_pIsLocked = builder.Ref(child, this), m_pIsLocked->AddDependent(this);
-        else if (Is(child, "pBlockPolling"))
+        else if (element == EElement_t::pBlockPolling)
             m_pBlockPolling = builder.Ref(child, this), m_pBlockPolling->AddDependent(this);
-        else if (Is(child, "pError"))
+        else if (element == EElement_t::pError)
             m_errors.push_back(builder.Ref(child, this)), m_errors.back()->AddDependent(this);
-        else if (Is(child, "pAlias"))
+        else if (element == EElement_t::pAlias)
             m_pAlias = builder.Ref(child, this);
-        else if (Is(child, "pCastAlias"))
+        else if (element == EElement_t::pCastAlias)
             m_pCastAlias = builder.Ref(child, this);
-        else if (Is(child, "pInvalidator"))
+        else if (element == EElement_t::pInvalidator)
         {
             CNode* pInvalidator = builder.Ref(child, this);
             m_invalidators.push_back(pInvalidator);
             pInvalidator->AddDependent(this);
         }
-        else if (Is(child, "pSelected"))
+        else if (element == EElement_t::pSelected)
         {
             CNode* pSelected = builder.Ref(child, this);
             m_selected.push_back(pSelected);
@@ -86,24 +82,24 @@ bool CNode::ConfigureElement(const pugi::xml_node& child, CNodeBuilder& builder)
             return false;
         return true;
     case 'T':
-        if (Is(child, "ToolTip"))
+        if (element == EElement_t::ToolTip)
         {
             m_toolTip = builder.Text(child);
             return true;
         }
         return false;
     case 'D':
-        if (Is(child, "Description"))
+        if (element == EElement_t::Description)
             m_description = builder.Text(child);
-        else if (Is(child, "DisplayName"))
+        else if (element == EElement_t::DisplayName)
             m_displayName = builder.Text(child);
-        else if (Is(child, "DocuURL"))
+        else if (element == EElement_t::DocuURL)
             m_docuUrl = builder.Text(child);
         else
             return false;
         return true;
     case 'V':
-        if (Is(child, "Visibility"))
+        if (element == EElement_t::Visibility)
         {
             m_visibility = static_cast<uint8_t>(builder.Enum<EVisibilityClass, EVisibility>(child, this));
             m_hasVisibility = true;
@@ -111,40 +107,40 @@ bool CNode::ConfigureElement(const pugi::xml_node& child, CNodeBuilder& builder)
         }
         return false;
     case 'I':
-        if (Is(child, "IsDeprecated"))
+        if (element == EElement_t::IsDeprecated)
         {
             m_deprecated = builder.YesNo(child, this);
             return true;
         }
-        if (Is(child, "ImposedAccessMode"))
+        if (element == EElement_t::ImposedAccessMode)
         {
             m_imposedAccess = static_cast<uint8_t>(builder.Enum<EAccessModeClass, EAccessMode>(child, this));
             return true;
         }
         return false;
     case 'E':
-        if (Is(child, "EventID"))
+        if (element == EElement_t::EventID)
         {
             m_eventId = CNodeBuilder::TrimmedView(child.text().get());
             return true;
         }
-        return Is(child, "Extension") || Is(child, "ExposeStatic");
+        return element == EElement_t::Extension || element == EElement_t::ExposeStatic;
     case 'S':
-        if (Is(child, "Streamable"))
+        if (element == EElement_t::Streamable)
         {
             m_streamable = builder.YesNo(child, this);
             return true;
         }
         return false;
     case 'P':
-        if (Is(child, "PollingTime"))
+        if (element == EElement_t::PollingTime)
         {
             m_pollingTimeMs = builder.Int(child, this);
             return true;
         }
         return false;
     case 'M':
-        return Is(child, "MergePriority");
+        return element == EElement_t::MergePriority;
     default:
         return false;
     }

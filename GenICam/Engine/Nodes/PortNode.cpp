@@ -41,14 +41,14 @@ uint64_t ParseHexId(std::string_view text)
 
 bool CPortNode::ConfigureElement(const pugi::xml_node& child, CNodeBuilder& builder)
 {
-    const char* name = child.name();
-    if (std::strcmp(name, "ChunkID") == 0)
+    const EElement_t element = builder.ElementOf(child);
+    if (element == EElement_t::ChunkID)
         m_chunkId = CNodeBuilder::TrimmedView(child.text().get());
-    else if (std::strcmp(name, "pChunkID") == 0)
+    else if (element == EElement_t::pChunkID)
         AddReference(m_pChunkId = builder.Ref(child, this));
-    else if (std::strcmp(name, "SwapEndianess") == 0)
+    else if (element == EElement_t::SwapEndianess)
         m_swapEndianess = builder.YesNo(child, this);
-    else if (std::strcmp(name, "CacheChunkData") == 0)
+    else if (element == EElement_t::CacheChunkData)
         m_cacheChunkData = builder.YesNo(child, this);
     else
         return CNode::ConfigureElement(child, builder);

@@ -13,28 +13,24 @@ namespace GenApi
 {
 namespace
 {
-bool Is(const char* name, const char* expected)
-{
-    return std::strcmp(name, expected) == 0;
-}
 } // namespace
 
 bool CRegisterAccess::ConfigureElement(CNode* pOwner, const pugi::xml_node& child, CNodeBuilder& builder)
 {
-    const char* name = child.name();
-    if (Is(name, "Address"))
+    const EElement_t element = builder.ElementOf(child);
+    if (element == EElement_t::Address)
     {
         m_constantAddress += builder.Int(child, pOwner);
         m_hasAddress = true;
     }
-    else if (Is(name, "pAddress"))
+    else if (element == EElement_t::pAddress)
     {
         CNode* pAddress = builder.Ref(child, pOwner);
         m_addressNodes.push_back(pAddress);
         pOwner->AddReference(pAddress);
         m_hasAddress = true;
     }
-    else if (Is(name, "IntSwissKnife"))
+    else if (element == EElement_t::IntSwissKnife)
     {
         // Embedded formula: created as a node of its own by the loader, found by its Name.
         CNode* pFormula = builder.RefName(child.attribute("Name").value(), child, pOwner);
@@ -42,7 +38,7 @@ bool CRegisterAccess::ConfigureElement(CNode* pOwner, const pugi::xml_node& chil
         pOwner->AddReference(pFormula);
         m_hasAddress = true;
     }
-    else if (Is(name, "pIndex"))
+    else if (element == EElement_t::pIndex)
     {
         IndexTerm_t term{builder.Ref(child, pOwner), nullptr, 0, false};
         pOwner->AddReference(term.pIndex);
@@ -59,19 +55,19 @@ bool CRegisterAccess::ConfigureElement(CNode* pOwner, const pugi::xml_node& chil
         m_indexTerms.push_back(term);
         m_hasAddress = true;
     }
-    else if (Is(name, "Length"))
+    else if (element == EElement_t::Length)
     {
         m_length = builder.Int(child, pOwner);
         m_hasLength = true;
     }
-    else if (Is(name, "pLength"))
+    else if (element == EElement_t::pLength)
     {
         m_pLength = builder.Ref(child, pOwner);
         pOwner->AddReference(m_pLength);
     }
-    else if (Is(name, "AccessMode"))
+    else if (element == EElement_t::AccessMode)
         m_accessMode = builder.Enum<EAccessModeClass, EAccessMode>(child, pOwner);
-    else if (Is(name, "pPort"))
+    else if (element == EElement_t::pPort)
     {
         CNode* pPort = builder.Ref(child, pOwner);
         m_pPort = dynamic_cast<CPortNode*>(pPort);
@@ -79,7 +75,7 @@ bool CRegisterAccess::ConfigureElement(CNode* pOwner, const pugi::xml_node& chil
             builder.Fail(pOwner, child, "pPort does not name a Port node");
         pOwner->AddReference(pPort);
     }
-    else if (Is(name, "Cachable"))
+    else if (element == EElement_t::Cachable)
         m_cachable = builder.Enum<ECachingModeClass, ECachingMode>(child, pOwner), m_hasCachable = true;
     else
         return false;

@@ -90,10 +90,10 @@ int64_t CStringBase::GetMaxLength()
 
 bool CStringNode::ConfigureElement(const pugi::xml_node& child, CNodeBuilder& builder)
 {
-    const char* name = child.name();
-    if (std::strcmp(name, "Value") == 0)
+    const EElement_t element = builder.ElementOf(child);
+    if (element == EElement_t::Value)
         m_value = child.text().get();
-    else if (std::strcmp(name, "pValue") == 0)
+    else if (element == EElement_t::pValue)
     {
         CNode* pTarget = builder.Ref(child, this);
         m_pValue = dynamic_cast<CStringBase*>(pTarget);

@@ -12,7 +12,7 @@ bool CSwissKnifeNode::ConfigureElement(const pugi::xml_node& child, CNodeBuilder
 {
     if (m_binding.ConfigureElement(this, child, builder))
         return true;
-    if (std::strcmp(child.name(), "Formula") == 0)
+    if (builder.ElementOf(child) == EElement_t::Formula)
     {
         m_formulaText = CNodeBuilder::FullText(child);
         m_formulaElement = child;

@@ -27,7 +27,7 @@
 #include "Engine/Nodes/IntegerNode.h"
 #include "Engine/Nodes/PortNode.h"
 #include "Engine/Nodes/RegisterNode.h"
-#include "Engine/Nodes/StringBase.h"
+#include "Engine/Nodes/StringNode.h"
 #include "Engine/Nodes/StringRegNode.h"
 #include "Engine/Nodes/SwissKnifeNode.h"
 #include "Engine/Nodes/ValueNode.h"
@@ -384,6 +384,14 @@ std::unique_ptr<CNodeMapImpl> CXmlLoader::Load(const std::string& xmlText, const
     std::vector<char> buffer(xmlText.begin(), xmlText.end());
     pugi::xml_document document;
     const pugi::xml_node root = ParseDocument(document, buffer, xmlText, pass);
+    // pugixml parses UTF-16, UTF-32 and Latin-1 text from a converted copy that dies with the
+    // document, yet names must stay views into the buffer we keep: load such text as UTF-8.
+    if (root.name() < buffer.data() || root.name() >= buffer.data() + buffer.size())
+    {
+        std::ostringstream utf8;
+        document.save(utf8, "", pugi::format_raw | pugi::format_no_declaration, pugi::encoding_utf8);
+        return Load(utf8.str(), deviceName, pUserLock);
+    }
     ReadHeader(root, pMap->Info());
     // Real descriptions spend roughly 250 to 400 bytes per node.
     pMap->Reserve(xmlText.size() / 250 + 16);

@@ -274,3 +274,67 @@ TEST(Load, FormulaErrorsAppearWhenReadAndInParseSwissKnifes)
     ASSERT_EQ(errors.size(), 1u);
     EXPECT_EQ(errors[0].find("Error while parsing equation for node 'Unknown': "), 0u);
 }
+
+TEST(Load, SurvivesDamagedDescriptions)
+{
+    // A description exercising most node kinds; each round damages a copy and loads it: a load
+    // error or a value error is fine, a crash or a hang is not.
+    const std::string text = DescriptionWith(
+        "<Category Name=\"Root\"><pFeature>I</pFeature><pFeature>E</pFeature><pFeature>C</pFeature></Category>"
+        "<IntReg Name=\"R\"><Address>0</Address><Length>4</Length><AccessMode>RW</AccessMode><pPort>Device</pPort></IntReg>"
+        "<Integer Name=\"I\"><pValue>R</pValue><pMax>K</pMax><Inc>2</Inc></Integer>"
+        "<IntSwissKnife Name=\"K\"><pVariable Name=\"X\">I</pVariable><Formula>X*2+100</Formula></IntSwissKnife>"
+        "<Enumeration Name=\"E\"><EnumEntry Name=\"A\"><Value>0</Value></EnumEntry><pValue>R</pValue></Enumeration>"
+        "<Converter Name=\"C\"><FormulaTo>FROM*2</FormulaTo><FormulaFrom>TO/2</FormulaFrom><pValue>I</pValue></Converter>"
+        "<StringReg Name=\"S\"><Address>8</Address><Length>8</Length><AccessMode>RW</AccessMode><pPort>Device</pPort></StringReg>");
+    uint32_t random = 12345;
+    auto next = [&random] { return random = random * 1103515245u + 12345u; };
+    int loaded = 0;
+    for (int round = 0; round < 2000; ++round)
+    {
+        std::string damaged = text;
+        const int edits = 1 + static_cast<int>(next() % 4);
+        for (int e = 0; e < edits; ++e)
+        {
+            const size_t at = next() % damaged.size();
+            switch (next() % 3)
+            {
+            case 0:
+                damaged[at] = static_cast<char>(next() & 0xFF);
+                break;
+            case 1:
+                damaged.erase(at, 1 + next() % 8);
+                break;
+            default:
+                damaged.insert(at, damaged.substr(next() % damaged.size(), 1 + next() % 16));
+                break;
+            }
+        }
+        try
+        {
+            CNodeMapRef nodeMap;
+            nodeMap._LoadXMLFromString(damaged.c_str());
+            ++loaded;
+            CMemoryPort port;
+            nodeMap._Connect(&port);
+            NodeList_t nodes;
+            nodeMap._GetNodes(nodes);
+            for (INode* pNode : nodes)
+            {
+                try
+                {
+                    if (CValuePtr value = pNode)
+                        if (IsReadable(value))
+                            value->FromString(value->ToString());
+                }
+                catch (const GenICam::GenericException&)
+                {
+                }
+            }
+        }
+        catch (const GenICam::GenericException&)
+        {
+        }
+    }
+    EXPECT_GT(loaded, 0);
+}

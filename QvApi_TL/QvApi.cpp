@@ -11,6 +11,7 @@
 #include "QvApi_TL/QvPixelComponentInfo.h"
 #include "QvApi_TL/QvPixelFormatInfo.h"
 #include "QvApi_TL/QvPixelFormatInfoInside.h"
+#include "QvApi_TL/QvFeatureBag.h"
 #include "QvSDKCommon/QvExceptionMacros.h"
 #include "QvSDKCommon/QvImageBuffer.h"
 
@@ -96,6 +97,16 @@ IQvImageBufferReleasable* CreateIQvImageBuffer(IQvAllocator* pAllocator)
     try
     {
         return new CQvImageBuffer(pAllocator);
+    }
+    QV_CATCH_BAD_ALLOC()
+}
+
+IQvFeatureBagReleasable* CreateIQvFeatureBag()
+{
+    CheckQvApiInitialized();
+    try
+    {
+        return new CQvFeatureBag();
     }
     QV_CATCH_BAD_ALLOC()
 }

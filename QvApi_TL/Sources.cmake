@@ -10,3 +10,5 @@ target_sources(QvApi_TL PRIVATE
     ${CMAKE_SOURCE_DIR}/QvApi_TL/QvSpecificPixelComponentInfo.cpp
     ${CMAKE_SOURCE_DIR}/QvApi_TL/QvSpecificPixelInfo.cpp
 )
+# The feature bag.
+target_sources(QvApi_TL PRIVATE ${CMAKE_SOURCE_DIR}/QvApi_TL/QvFeatureBag.cpp)

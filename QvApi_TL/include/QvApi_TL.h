@@ -19,4 +19,5 @@
 #include <QvApi/QvPixelComponent.h>
 #include <QvApi/QvImage.h>
 #include <QvApi/QvImageBuffer.h>
+#include <QvApi/QvFeatureBag.h>
 #include <QvApi/QvApiFunctions.h>

@@ -11,6 +11,7 @@ namespace QvApi
 {
 class IQvAllocator;
 class IQvImageBufferReleasable;
+class IQvFeatureBagReleasable;
 
 // ---- Start-up and shut-down ---------------------------------------------------------------------
 
@@ -64,6 +65,13 @@ QVAPI_API void SetGenApiCache();
  * \throws RuntimeException when the library is not initialised; BadAllocException.
  */
 QVAPI_API IQvImageBufferReleasable* CreateIQvImageBuffer(IQvAllocator* pAllocator = nullptr);
+
+/**
+ * \brief A new, empty feature bag (GenApi persistence files and strings).
+ * \return The bag; the caller ends it with Release().
+ * \throws RuntimeException when the library is not initialised; BadAllocException.
+ */
+QVAPI_API IQvFeatureBagReleasable* CreateIQvFeatureBag();
 
 // ---- Pixel tables -------------------------------------------------------------------------------
 

@@ -312,8 +312,8 @@ void MarkFeatures(CNodeMapImpl& map)
         CNode* pNode = stack.back();
         stack.pop_back();
         pNode->SetIsFeature();
-        if (CCategoryNode* pCategory = dynamic_cast<CCategoryNode*>(pNode))
-            for (CNode* pFeature : pCategory->Features())
+        if (pNode->Kind() == ENodeKind_t::Category)
+            for (CNode* pFeature : static_cast<CCategoryNode*>(pNode)->Features())
                 if (seen.insert(pFeature).second)
                     stack.push_back(pFeature);
     }

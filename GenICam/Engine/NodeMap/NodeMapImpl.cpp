@@ -69,8 +69,8 @@ void CNodeMapImpl::FinishLoading()
     for (CNode* pNode : m_ordered)
     {
         pNode->FinishLinks();
-        if (CPortNode* pPort = dynamic_cast<CPortNode*>(pNode))
-            m_ports.push_back(pPort);
+        if (pNode->Kind() == ENodeKind_t::Port)
+            m_ports.push_back(static_cast<CPortNode*>(pNode));
         if (pNode->PollingTimeMs() > 0)
             m_polled.push_back(pNode);
     }

@@ -45,7 +45,8 @@ EVisibility CCategoryNode::VisibilityLocked(int depth) const
     EVisibility visibility = Invisible;
     for (CNode* pFeature : m_features)
     {
-        const CCategoryNode* pCategory = dynamic_cast<const CCategoryNode*>(pFeature);
+        const CCategoryNode* pCategory =
+            pFeature->Kind() == ENodeKind_t::Category ? static_cast<const CCategoryNode*>(pFeature) : nullptr;
         const EVisibility featureVisibility = pCategory ? pCategory->VisibilityLocked(depth + 1) : pFeature->GetVisibility();
         if (featureVisibility < visibility)
             visibility = featureVisibility;

@@ -53,7 +53,7 @@ EAccessMode CConverterNode::NaturalAccessLocked(bool structural)
 
 double CConverterNode::ReadLocked(bool verify, bool ignoreCache)
 {
-    const bool isFloat = dynamic_cast<CFloatBase*>(m_pValue) != nullptr;
+    const bool isFloat = m_pValue->IsFloatNode();
     const Engine::FormulaValue_t to = isFloat
                                           ? Engine::FormulaValue_t::FromFloat(m_pValue->FloatValueLocked(verify, ignoreCache))
                                           : Engine::FormulaValue_t::FromInt(m_pValue->IntValueLocked(verify, ignoreCache));
@@ -74,7 +74,7 @@ void CConverterNode::RangeLocked(double& minimum, double& maximum)
         maximum = DBL_MAX;
         return;
     }
-    const bool isFloat = dynamic_cast<CFloatBase*>(m_pValue) != nullptr;
+    const bool isFloat = m_pValue->IsFloatNode();
     const Engine::FormulaValue_t low = isFloat ? Engine::FormulaValue_t::FromFloat(m_pValue->FloatMinLocked())
                                                : Engine::FormulaValue_t::FromInt(m_pValue->IntMinLocked());
     const Engine::FormulaValue_t high = isFloat ? Engine::FormulaValue_t::FromFloat(m_pValue->FloatMaxLocked())
@@ -99,7 +99,7 @@ double CConverterNode::RawIncLocked()
 {
     if (!RawHasIncLocked())
         return 0.0;
-    const bool isFloat = dynamic_cast<CFloatBase*>(m_pValue) != nullptr;
+    const bool isFloat = m_pValue->IsFloatNode();
     Engine::FormulaValue_t low, next;
     if (isFloat)
     {

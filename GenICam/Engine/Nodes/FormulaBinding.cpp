@@ -110,15 +110,12 @@ Engine::FormulaValue_t CFormulaBinding::GetFormulaSlotValue(int32_t slotIndex)
 {
     const Slot_t& slot = m_slots[static_cast<size_t>(slotIndex)];
     CNode* pNode = slot.pNode;
-    const bool isFloatNode = dynamic_cast<CFloatBase*>(pNode) != nullptr;
+    const bool isFloatNode = pNode->IsFloatNode();
     switch (slot.kind)
     {
     case ESlotKind_t::Value:
-        if (slot.formulaKind == Engine::EFormulaKind_t::Float)
-        {
-            if (CEnumerationNode* pEnumeration = dynamic_cast<CEnumerationNode*>(pNode))
-                return Engine::FormulaValue_t::FromFloat(pEnumeration->NumericValueLocked());
-        }
+        if (slot.formulaKind == Engine::EFormulaKind_t::Float && pNode->Kind() == ENodeKind_t::Enumeration)
+            return Engine::FormulaValue_t::FromFloat(static_cast<CEnumerationNode*>(pNode)->NumericValueLocked());
         if (isFloatNode)
             return Engine::FormulaValue_t::FromFloat(pNode->FloatValueLocked(false, false));
         return Engine::FormulaValue_t::FromInt(pNode->IntValueLocked(false, false));

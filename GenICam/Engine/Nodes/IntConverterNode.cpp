@@ -50,7 +50,7 @@ EAccessMode CIntConverterNode::NaturalAccessLocked(bool structural)
 
 int64_t CIntConverterNode::ReadLocked(bool verify, bool ignoreCache)
 {
-    const bool isFloat = dynamic_cast<CFloatBase*>(m_pValue) != nullptr;
+    const bool isFloat = m_pValue->IsFloatNode();
     const Engine::FormulaValue_t to = isFloat
                                           ? Engine::FormulaValue_t::FromFloat(m_pValue->FloatValueLocked(verify, ignoreCache))
                                           : Engine::FormulaValue_t::FromInt(m_pValue->IntValueLocked(verify, ignoreCache));
@@ -71,7 +71,7 @@ void CIntConverterNode::RangeLocked(int64_t& minimum, int64_t& maximum)
         maximum = INT64_MAX;
         return;
     }
-    const bool isFloat = dynamic_cast<CFloatBase*>(m_pValue) != nullptr;
+    const bool isFloat = m_pValue->IsFloatNode();
     const Engine::FormulaValue_t low = isFloat ? Engine::FormulaValue_t::FromFloat(m_pValue->FloatMinLocked())
                                                : Engine::FormulaValue_t::FromInt(m_pValue->IntMinLocked());
     const Engine::FormulaValue_t high = isFloat ? Engine::FormulaValue_t::FromFloat(m_pValue->FloatMaxLocked())

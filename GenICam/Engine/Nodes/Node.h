@@ -62,6 +62,12 @@ public:
 
     // ---- identity ----
     ENodeKind_t Kind() const { return m_kind; }
+    /// Whether the node's natural value is a float (Float, FloatReg, Converter, SwissKnife).
+    bool IsFloatNode() const
+    {
+        return m_kind == ENodeKind_t::Float || m_kind == ENodeKind_t::FloatReg || m_kind == ENodeKind_t::Converter ||
+               m_kind == ENodeKind_t::SwissKnife;
+    }
     std::string_view Name() const { return m_name; }
     CNodeMapImpl* Map() const { return m_pMap; }
     uint32_t SourceOffset() const { return m_sourceOffset; }

@@ -137,7 +137,8 @@ bool CPortNode::LookupCacheLocked(uint8_t* pBuffer, int64_t address, int64_t len
     auto it = m_registerCache.find({address, lengthBytes});
     if (it == m_registerCache.end())
         return false;
-    std::memcpy(pBuffer, it->second.data(), static_cast<size_t>(lengthBytes));
+    if (lengthBytes > 0) // a zero-length register has no buffer to copy into
+        std::memcpy(pBuffer, it->second.data(), static_cast<size_t>(lengthBytes));
     return true;
 }
 

@@ -13,6 +13,16 @@ namespace GenApi
 {
 namespace
 {
+// Address terms of a hostile description may overflow: wrap as the 64-bit sum does on the device
+// rather than leave it undefined (the port refuses what is out of its range).
+int64_t WrappingAdd(int64_t a, int64_t b)
+{
+    return static_cast<int64_t>(static_cast<uint64_t>(a) + static_cast<uint64_t>(b));
+}
+int64_t WrappingMultiply(int64_t a, int64_t b)
+{
+    return static_cast<int64_t>(static_cast<uint64_t>(a) * static_cast<uint64_t>(b));
+}
 } // namespace
 
 bool CRegisterAccess::ConfigureElement(CNode* pOwner, const pugi::xml_node& child, CNodeBuilder& builder)
@@ -20,7 +30,7 @@ bool CRegisterAccess::ConfigureElement(CNode* pOwner, const pugi::xml_node& chil
     const EElement_t element = builder.ElementOf(child);
     if (element == EElement_t::Address)
     {
-        m_constantAddress += builder.Int(child, pOwner);
+        m_constantAddress = WrappingAdd(m_constantAddress, builder.Int(child, pOwner));
         m_hasAddress = true;
     }
     else if (element == EElement_t::pAddress)
@@ -98,13 +108,13 @@ int64_t CRegisterAccess::AddressLocked()
 {
     int64_t address = m_constantAddress;
     for (CNode* pNode : m_addressNodes)
-        address += pNode->IntValueLocked(false, false);
+        address = WrappingAdd(address, pNode->IntValueLocked(false, false));
     for (const IndexTerm_t& term : m_indexTerms)
     {
         int64_t stride = term.hasOffset ? term.offset : LengthLocked();
         if (term.pOffset)
             stride = term.pOffset->IntValueLocked(false, false);
-        address += term.pIndex->IntValueLocked(false, false) * stride;
+        address = WrappingAdd(address, WrappingMultiply(term.pIndex->IntValueLocked(false, false), stride));
     }
     return address;
 }

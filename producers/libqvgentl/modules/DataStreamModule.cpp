@@ -131,6 +131,7 @@ void CDataStreamModule::QueueBuffer(const std::shared_ptr<CBufferModule>& buffer
     buffer->m_newData = false;
     buffer->m_fill.sizeFilled = 0;
     m_input.push_back(buffer.get());
+    m_inputChanged.notify_one();
 }
 
 void CDataStreamModule::RemoveFromQueuesLocked(CBufferModule* buffer)
@@ -179,6 +180,7 @@ void CDataStreamModule::FlushQueue(GenTL::ACQ_QUEUE_TYPE operation)
                 buffer->m_fill.sizeFilled = 0;
                 m_input.push_back(buffer.get());
             }
+        m_inputChanged.notify_one();
         return;
     case GenTL::ACQ_QUEUE_ALL_DISCARD:
         for (CBufferModule* buffer : m_input)
@@ -238,6 +240,7 @@ void CDataStreamModule::StopStreaming(bool kill)
         std::lock_guard lock(m_lock);
         m_acquiring = false;
     }
+    m_inputChanged.notify_all();
     if (m_streaming)
     {
         m_connection.StopStreaming(kill);
@@ -340,6 +343,7 @@ void CDataStreamModule::OnDeviceLost(const std::string& reason)
         m_acquiring = false;
     }
     m_outputChanged.notify_all();
+    m_inputChanged.notify_all();
     FailEventsAfterDrain(GenTL::GC_ERR_ACCESS_DENIED);
 }
 
@@ -501,6 +505,12 @@ void CDataStreamModule::CountDroppedFrame()
 {
     std::lock_guard lock(m_lock);
     ++m_numDropped;
+}
+
+void CDataStreamModule::WaitForInputBuffer(std::chrono::milliseconds timeout)
+{
+    std::unique_lock lock(m_lock);
+    m_inputChanged.wait_for(lock, timeout, [this] { return !m_input.empty() || !m_acquiring; });
 }
 
 void CDataStreamModule::CloseChildren()

@@ -72,6 +72,7 @@ public:
     bool DeliverBuffer(StreamBuffer_t* buffer, const BufferFill_t& fill) override;
     void ReturnBuffer(StreamBuffer_t* buffer) override;
     void CountDroppedFrame() override;
+    void WaitForInputBuffer(std::chrono::milliseconds timeout) override;
 
     void Close() override;
 
@@ -94,7 +95,8 @@ private:
     bool m_streaming = false; // the transport's thread was started and not yet joined
 
     mutable std::mutex m_lock;
-    std::condition_variable m_outputChanged;
+    std::condition_variable m_outputChanged; // a buffer entered the output queue, or waits must end
+    std::condition_variable m_inputChanged;  // a buffer entered the input pool, or the stream stopped
     // Guarded by m_lock.
     std::vector<std::shared_ptr<CBufferModule>> m_buffers; // in announce order (DSGetBufferID)
     std::deque<CBufferModule*> m_input;

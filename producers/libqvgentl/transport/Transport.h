@@ -7,6 +7,7 @@
  * them. Everything transport-specific stays behind this file.
  */
 
+#include <chrono>
 #include <cstddef>
 #include <cstdint>
 #include <memory>
@@ -85,6 +86,9 @@ public:
     virtual void ReturnBuffer(StreamBuffer_t* buffer) = 0;
     /// A frame the device sent never arrived.
     virtual void CountDroppedFrame() = 0;
+    /// Blocks until the input pool holds a buffer, the stream stops or timeout passes (a
+    /// free-running device waits here after an underrun instead of losing frame after frame).
+    virtual void WaitForInputBuffer(std::chrono::milliseconds timeout) = 0;
 
 protected:
     ~IStreamSink() = default;

@@ -25,6 +25,7 @@ constexpr double kMaxExposure = 1000000.0;
 constexpr double kMaxGain = 24.0;         // dB
 constexpr uint32_t kMaxPendingTriggers = 1024;
 constexpr double kDefaultExposure = 1000.0;
+constexpr std::chrono::milliseconds kUnderrunWait{100};
 
 constexpr GenTL::GC_ERROR kOk = GenTL::GC_ERR_SUCCESS;
 constexpr GenTL::GC_ERROR kLocked = GenTL::GC_ERR_ACCESS_DENIED;
@@ -818,6 +819,7 @@ void CVirtualCamera::StreamLoop()
             (settings.acquisitionMode == AcquisitionMode_MultiFrame &&
              m_framesThisAcquisition >= settings.acquisitionFrameCount))
             m_active = false;
+        const bool freeRunning = !paced && settings.triggerMode[kTriggerFrameStart] == 0;
         const bool drop = settings.droppedFrameInterval != 0 && frameId % settings.droppedFrameInterval == 0;
         if (drop)
             ++m_droppedCount;
@@ -834,7 +836,14 @@ void CVirtualCamera::StreamLoop()
         {
             sink->CountDroppedFrame();
         }
-        else if (StreamBuffer_t* buffer = sink->TakeInputBuffer())
+        else if (StreamBuffer_t* buffer = sink->TakeInputBuffer(); buffer == nullptr)
+        {
+            // Lost to an underrun. Free-running, the sensor then waits for the host instead of
+            // losing frame after frame at full speed.
+            if (freeRunning)
+                sink->WaitForInputBuffer(kUnderrunWait);
+        }
+        else
         {
             const FrameLayout_t layout = ComputeFrameLayout(settings, m_transport);
             m_renderer.Prepare(settings, layout);

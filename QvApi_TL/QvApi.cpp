@@ -11,6 +11,7 @@
 #include "QvApi_TL/QvPixelComponentInfo.h"
 #include "QvApi_TL/QvPixelFormatInfo.h"
 #include "QvApi_TL/QvPixelFormatInfoInside.h"
+#include "QvApi_TL/QvSystem.h"
 #include "QvApi_TL/QvFeatureBag.h"
 #include "QvSDKCommon/QvExceptionMacros.h"
 #include "QvSDKCommon/QvImageBuffer.h"
@@ -90,6 +91,33 @@ void SetGenApiCache()
 }
 
 // ---- Factories ----------------------------------------------------------------------------------
+
+IQvSystemReleasable* CreateIQvSystem(_EQvSystemVendor_t eQvSystemVendor, _EQvInterfaceType_t eTargetInterface)
+{
+    CheckQvApiInitialized();
+    // The producer file of each vendor, used exactly as written.
+    static const char* const kProducerFiles[] = {"libqvgentl.cti", "coaxlink.cti", "KYFGLibGenTL.cti",
+                                                 "siso_gentl.cti"};
+    constexpr uint32_t kVendorCount = sizeof(kProducerFiles) / sizeof(kProducerFiles[0]);
+    if (static_cast<uint32_t>(eQvSystemVendor) >= kVendorCount)
+        QV_THROW_RANGE(SmallerThanMax, "eQvSystemVendor", static_cast<uint32_t>(eQvSystemVendor), kVendorCount);
+    // The frame grabbers' producers are used for CoaXPress only, whatever the caller asked for.
+    uint32_t interfaceTypes = eTargetInterface;
+    if (eQvSystemVendor != QvSystemVendor_Default)
+        interfaceTypes &= QvInterfaceType_CoaXPress;
+    if (interfaceTypes != QvInterfaceType_All && static_cast<int32_t>(interfaceTypes) <= 0)
+        QV_THROW_RANGE(EqualOrGreaterThanMin, "eTargetInterface", static_cast<int32_t>(interfaceTypes), 1);
+
+    CQvSystem* pSystem = nullptr;
+    try
+    {
+        pSystem = new CQvSystem(eQvSystemVendor, kProducerFiles[eQvSystemVendor],
+                                static_cast<_EQvInterfaceType_t>(interfaceTypes));
+    }
+    QV_CATCH_BAD_ALLOC()
+    pSystem->AddRef();
+    return pSystem;
+}
 
 IQvImageBufferReleasable* CreateIQvImageBuffer(IQvAllocator* pAllocator)
 {

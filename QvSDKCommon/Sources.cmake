@@ -14,3 +14,7 @@ target_sources(QvApi_TL PRIVATE
     ${CMAKE_SOURCE_DIR}/QvSDKCommon/QvROIImage.cpp
     ${CMAKE_SOURCE_DIR}/QvSDKCommon/QvTestChart.cpp
 )
+# Description loading: a port's URL to a GenApi node map.
+target_sources(QvApi_TL PRIVATE
+    ${CMAKE_SOURCE_DIR}/QvSDKCommon/QvXMLFile.cpp
+)

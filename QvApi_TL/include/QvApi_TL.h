@@ -20,4 +20,12 @@
 #include <QvApi/QvImage.h>
 #include <QvApi/QvImageBuffer.h>
 #include <QvApi/QvFeatureBag.h>
+#include <QvApi/QvEventCtrl.h>
+#include <QvApi/QvPort.h>
+#include <QvApi/QvDevice.h>
+#include <QvApi/QvInterface.h>
+#include <QvApi/QvSystem.h>
+#include <QvApi/QvPtrArray.h>
+#include <QvApi/QvPtr.h>
 #include <QvApi/QvApiFunctions.h>
+#include <QvApi/QvApiInitializer.h>

@@ -6,6 +6,7 @@
 #include <QvApi/QvApiDefs.h>
 #include <QvApi/QvPixelComponent.h>
 #include <QvApi/QvPixelFormat.h>
+#include <QvApi/QvSystem.h>
 
 namespace QvApi
 {
@@ -56,6 +57,28 @@ QVAPI_API GenICam::gcstring GetQvApiVersionText();
 QVAPI_API void SetGenApiCache();
 
 // ---- Factories ----------------------------------------------------------------------------------
+
+/**
+ * \brief Loads a vendor's GenTL producer and opens its system (transport layer) with the
+ *        interfaces of the types asked for.
+ *
+ * The producer file (QvSystemVendor_Default: "libqvgentl.cti", 1: "coaxlink.cti",
+ * 2: "KYFGLibGenTL.cti", 3: "siso_gentl.cti") is searched on GENICAM_GENTL64_PATH. Vendors 1 to
+ * 3 are used for CoaXPress only: their mask is \a eTargetInterface AND QvInterfaceType_CoaXPress.
+ * A producer allows one open system at a time.
+ * \param[in] eQvSystemVendor  Which producer.
+ * \param[in] eTargetInterface Mask of the interface types to open; QvInterfaceType_All for all.
+ * \return The system with one reference; the caller ends it with Release() after releasing
+ *         the devices opened through it.
+ * \throws RuntimeException when the library is not initialised, or "File %s not found.".
+ * \throws OutOfRangeException "%s = %ld must be smaller than Max = %ld" ("eQvSystemVendor") for
+ *         an unknown vendor; "%s = %ld must be equal or greater than Min = %ld"
+ *         ("eTargetInterface") for a mask that is 0 (also after the CoaXPress restriction).
+ * \throws CQvGenTLErrorException when the producer fails to initialise, open or list.
+ * \throws CQvLinuxErrorException when the dynamic loader refuses the file; BadAllocException.
+ */
+QVAPI_API IQvSystemReleasable* CreateIQvSystem(_EQvSystemVendor_t eQvSystemVendor = QvSystemVendor_Default,
+                                               _EQvInterfaceType_t eTargetInterface = QvInterfaceType_All);
 
 /**
  * \brief A new, empty image buffer.

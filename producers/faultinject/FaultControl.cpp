@@ -221,6 +221,34 @@ int32_t ReadPortMemory(QvFaultModule module, uint64_t address, void* data, size_
     return GC_ERR_SUCCESS;
 }
 
+// The index of a list by its owner: 0 the system's interface list, 1 the interface's device list.
+int ListIndex(QvFaultModule module)
+{
+    return module == QV_FAULT_MODULE_SYSTEM ? 0 : module == QV_FAULT_MODULE_INTERFACE ? 1 : -1;
+}
+
+int32_t SetListChanged(QvFaultModule module, int32_t mode)
+{
+    const int list = ListIndex(module);
+    if (list < 0 || mode < -1 || mode > 1)
+        return GC_ERR_INVALID_PARAMETER;
+    State& state = State::Get();
+    Guard lock(state.mutex);
+    state.listChangedMode[static_cast<size_t>(list)] = mode;
+    return GC_ERR_SUCCESS;
+}
+
+int32_t SetListHidden(QvFaultModule module, int32_t hidden)
+{
+    const int list = ListIndex(module);
+    if (list < 0)
+        return GC_ERR_INVALID_PARAMETER;
+    State& state = State::Get();
+    Guard lock(state.mutex);
+    state.listHidden[static_cast<size_t>(list)] = hidden != 0;
+    return GC_ERR_SUCCESS;
+}
+
 const QvFaultControl kControl = {
     QV_FAULT_CONTROL_VERSION,
     Reset,
@@ -240,6 +268,8 @@ const QvFaultControl kControl = {
     SetPortURLs,
     WritePortMemory,
     ReadPortMemory,
+    SetListChanged,
+    SetListHidden,
 };
 } // namespace
 

@@ -339,7 +339,7 @@ GC_API TLGetNumInterfaces(TL_HANDLE hTL, uint32_t* piNumIfaces)
             return InvalidHandle();
         if (piNumIfaces == nullptr)
             return InvalidParameter("piNumIfaces");
-        *piNumIfaces = state.interfaceListUpdated ? 1 : 0;
+        *piNumIfaces = state.InterfaceListedLocked() ? 1 : 0;
         return GC_ERR_SUCCESS;
     });
 }
@@ -350,7 +350,7 @@ GC_API TLGetInterfaceID(TL_HANDLE hTL, uint32_t iIndex, char* sID, size_t* piSiz
         State& state = State::Get();
         if (state.OpenModuleLocked(hTL, QV_FAULT_MODULE_SYSTEM) == nullptr)
             return InvalidHandle();
-        if (GC_ERROR err = CheckIndex(iIndex, state.interfaceListUpdated))
+        if (GC_ERROR err = CheckIndex(iIndex, state.InterfaceListedLocked()))
             return err;
         return QvFault::AnswerString(QvFault::kInterfaceID, sID, piSize);
     });
@@ -363,7 +363,7 @@ GC_API TLGetInterfaceInfo(TL_HANDLE hTL, const char* sIfaceID, INTERFACE_INFO_CM
         State& state = State::Get();
         if (state.OpenModuleLocked(hTL, QV_FAULT_MODULE_SYSTEM) == nullptr)
             return InvalidHandle();
-        if (sIfaceID == nullptr || std::strcmp(sIfaceID, QvFault::kInterfaceID) != 0 || !state.interfaceListUpdated)
+        if (sIfaceID == nullptr || std::strcmp(sIfaceID, QvFault::kInterfaceID) != 0 || !state.InterfaceListedLocked())
             return Fail(GC_ERR_INVALID_ID, "Unknown interface ID.");
         return ModuleInfo(state, QV_FAULT_MODULE_INTERFACE, nullptr, iInfoCmd, piType, pBuffer, piSize);
     });
@@ -377,7 +377,7 @@ GC_API TLOpenInterface(TL_HANDLE hTL, const char* sIfaceID, IF_HANDLE* phIface)
             return InvalidHandle();
         if (phIface == nullptr)
             return InvalidParameter("phIface");
-        if (sIfaceID == nullptr || std::strcmp(sIfaceID, QvFault::kInterfaceID) != 0 || !state.interfaceListUpdated)
+        if (sIfaceID == nullptr || std::strcmp(sIfaceID, QvFault::kInterfaceID) != 0 || !state.InterfaceListedLocked())
             return Fail(GC_ERR_INVALID_ID, "Unknown interface ID.");
         Module& interface = state.ModuleAt(QV_FAULT_MODULE_INTERFACE);
         if (interface.open)
@@ -395,7 +395,7 @@ GC_API TLUpdateInterfaceList(TL_HANDLE hTL, bool8_t* pbChanged, uint64_t /*iTime
         if (state.OpenModuleLocked(hTL, QV_FAULT_MODULE_SYSTEM) == nullptr)
             return InvalidHandle();
         if (pbChanged != nullptr)
-            *pbChanged = !state.interfaceListUpdated;
+            *pbChanged = state.listChangedMode[0] >= 0 ? state.listChangedMode[0] != 0 : !state.interfaceListUpdated;
         state.interfaceListUpdated = true;
         return GC_ERR_SUCCESS;
     });
@@ -433,7 +433,7 @@ GC_API IFGetNumDevices(IF_HANDLE hIface, uint32_t* piNumDevices)
             return InvalidHandle();
         if (piNumDevices == nullptr)
             return InvalidParameter("piNumDevices");
-        *piNumDevices = state.deviceListUpdated ? 1 : 0;
+        *piNumDevices = state.DeviceListedLocked() ? 1 : 0;
         return GC_ERR_SUCCESS;
     });
 }
@@ -444,7 +444,7 @@ GC_API IFGetDeviceID(IF_HANDLE hIface, uint32_t iIndex, char* sIDeviceID, size_t
         State& state = State::Get();
         if (state.OpenModuleLocked(hIface, QV_FAULT_MODULE_INTERFACE) == nullptr)
             return InvalidHandle();
-        if (GC_ERROR err = CheckIndex(iIndex, state.deviceListUpdated))
+        if (GC_ERROR err = CheckIndex(iIndex, state.DeviceListedLocked()))
             return err;
         return QvFault::AnswerString(QvFault::kDeviceID, sIDeviceID, piSize);
     });
@@ -457,7 +457,7 @@ GC_API IFUpdateDeviceList(IF_HANDLE hIface, bool8_t* pbChanged, uint64_t /*iTime
         if (state.OpenModuleLocked(hIface, QV_FAULT_MODULE_INTERFACE) == nullptr)
             return InvalidHandle();
         if (pbChanged != nullptr)
-            *pbChanged = !state.deviceListUpdated;
+            *pbChanged = state.listChangedMode[1] >= 0 ? state.listChangedMode[1] != 0 : !state.deviceListUpdated;
         state.deviceListUpdated = true;
         return GC_ERR_SUCCESS;
     });
@@ -470,7 +470,7 @@ GC_API IFGetDeviceInfo(IF_HANDLE hIface, const char* sDeviceID, DEVICE_INFO_CMD 
         State& state = State::Get();
         if (state.OpenModuleLocked(hIface, QV_FAULT_MODULE_INTERFACE) == nullptr)
             return InvalidHandle();
-        if (sDeviceID == nullptr || std::strcmp(sDeviceID, QvFault::kDeviceID) != 0 || !state.deviceListUpdated)
+        if (sDeviceID == nullptr || std::strcmp(sDeviceID, QvFault::kDeviceID) != 0 || !state.DeviceListedLocked())
             return Fail(GC_ERR_INVALID_ID, "Unknown device ID.");
         return ModuleInfo(state, QV_FAULT_MODULE_DEVICE, nullptr, iInfoCmd, piType, pBuffer, piSize);
     });
@@ -484,7 +484,7 @@ GC_API IFOpenDevice(IF_HANDLE hIface, const char* sDeviceID, DEVICE_ACCESS_FLAGS
             return InvalidHandle();
         if (phDevice == nullptr)
             return InvalidParameter("phDevice");
-        if (sDeviceID == nullptr || std::strcmp(sDeviceID, QvFault::kDeviceID) != 0 || !state.deviceListUpdated)
+        if (sDeviceID == nullptr || std::strcmp(sDeviceID, QvFault::kDeviceID) != 0 || !state.DeviceListedLocked())
             return Fail(GC_ERR_INVALID_ID, "Unknown device ID.");
         if (iOpenFlag < DEVICE_ACCESS_NONE || iOpenFlag > DEVICE_ACCESS_EXCLUSIVE)
             return InvalidParameter("iOpenFlag");

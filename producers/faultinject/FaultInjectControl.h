@@ -25,6 +25,10 @@
  *   libqvfault_noinit.cti     without GCInitLib
  *   libqvfault_nolasterror.cti without GCGetLastError
  *   libqvfault_noregisterevent.cti without GCRegisterEvent
+ *   libqvfault_notlopen.cti   without TLOpen
+ *   libqvfault_noclose.cti    without TLClose and IFClose
+ *   libqvfault_nourlinfo.cti  without GCGetNumPortURLs and GCGetPortURLInfo (GenTL 1.0 URLs)
+ *   libqvfault_nourl.cti      without any of the three URL entry points
  * (qv_add_fault_producer() in producers/faultinject/CMakeLists.txt makes more variants.)
  *
  * Natural behaviour, without rules: GenTL 1.5 semantics with GC_ERR_INVALID_HANDLE for unknown
@@ -204,6 +208,16 @@ typedef struct QvFaultControl
     /* Direct access to a module port's register space (grows on writes). */
     int32_t (*WritePortMemory)(QvFaultModule module, uint64_t address, const void* data, size_t size);
     int32_t (*ReadPortMemory)(QvFaultModule module, uint64_t address, void* data, size_t size);
+
+    /* The lists of the module tree, for tests of list updates. module names the list's owner:
+     * QV_FAULT_MODULE_SYSTEM the interface list (TLUpdateInterfaceList), QV_FAULT_MODULE_INTERFACE
+     * the device list (IFUpdateDeviceList).
+     * SetListChanged: what the update reports as "changed": -1 natural (true on the first update
+     * after the owner was opened), 0 never, 1 always. Reset restores -1. */
+    int32_t (*SetListChanged)(QvFaultModule module, int32_t mode);
+    /* SetListHidden: 1 leaves the only child out of the list (count 0, its ID unknown to the
+     * list's calls, opening it fails with GC_ERR_INVALID_ID) until 0 lists it again. */
+    int32_t (*SetListHidden)(QvFaultModule module, int32_t hidden);
 } QvFaultControl;
 
 /* The one exported control function. */

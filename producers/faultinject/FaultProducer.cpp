@@ -148,6 +148,8 @@ void State::ResetLocked()
     toAcquire = 0;
     delivered = underruns = started = nextFrameId = 0;
     interfaceListUpdated = deviceListUpdated = false;
+    listChangedMode = {{-1, -1}};
+    listHidden = {{false, false}};
     deviceAccess = GenTL::DEVICE_ACCESS_UNKNOWN;
     bufferInfoOverrides.clear();
     for (Module& module : m_modules)

@@ -153,6 +153,12 @@ public:
 
     bool interfaceListUpdated = false;
     bool deviceListUpdated = false;
+    // SetListChanged / SetListHidden, index 0 the interface list, 1 the device list.
+    std::array<int32_t, 2> listChangedMode{{-1, -1}};
+    std::array<bool, 2> listHidden{{false, false}};
+    /// Whether the interface / the device is in its list right now.
+    bool InterfaceListedLocked() const { return interfaceListUpdated && !listHidden[0]; }
+    bool DeviceListedLocked() const { return deviceListUpdated && !listHidden[1]; }
     GenTL::DEVICE_ACCESS_FLAGS deviceAccess = GenTL::DEVICE_ACCESS_UNKNOWN;
 
     // The stream.

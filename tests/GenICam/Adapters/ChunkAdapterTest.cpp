@@ -2,10 +2,12 @@
 // buffers: values read through chunk ports, layout checks, statistics, access modes, caching
 // and callbacks.
 
+#include <atomic>
 #include <cstring>
 #include <memory>
 #include <set>
 #include <string>
+#include <thread>
 #include <vector>
 
 #include <gtest/gtest.h>
@@ -519,4 +521,31 @@ TEST_F(ChunkAdapterTest, DestroyingTheAdapterLeavesThePortsUnattached)
     EXPECT_EQ(Value("ChunkWidthBE"), "640");
     adapter.DetachNodeMap();
     ExpectAllChunkFeaturesNA("node map detached");
+}
+
+TEST_F(ChunkAdapterTest, BuffersAttachedOnOneThreadAreReadWholeOnAnother)
+{
+    // Two buffers whose timestamp chunks differ in every byte; the stream thread attaches them
+    // in turn while the application reads: each read shows one buffer or the other, never a mix.
+    std::vector<uint8_t> first = kGevBuffer, second = kGevBuffer;
+    for (size_t i = 32; i < 40; ++i)
+        second[i] = 0xEE;
+    CChunkAdapterGEV adapter(m_map._Ptr);
+    adapter.AttachBuffer(first.data(), 48);
+    std::atomic<bool> done{false};
+    std::thread stream([&] {
+        for (int i = 0; i < 5000; ++i)
+            adapter.AttachBuffer((i % 2 ? first : second).data(), 48);
+        done = true;
+    });
+    CIntegerPtr timestamp(Node("ChunkTimestampBE"));
+    size_t reads = 0;
+    while (!done)
+    {
+        const int64_t value = timestamp->GetValue();
+        ASSERT_TRUE(value == 0x0102030405060708 || value == static_cast<int64_t>(0xEEEEEEEEEEEEEEEEull)) << std::hex << value;
+        ++reads;
+    }
+    stream.join();
+    EXPECT_GT(reads, 0u);
 }

@@ -2,9 +2,11 @@
 // bytes each event port holds after GigE Vision, USB3 Vision and generic deliveries, malformed
 // messages, access modes and callbacks.
 
+#include <atomic>
 #include <cstdio>
 #include <set>
 #include <string>
+#include <thread>
 #include <vector>
 
 #include <gtest/gtest.h>
@@ -374,4 +376,36 @@ TEST_F(EventAdapterTest, CallbacksCanReadTheEventData)
     Deliver(adapter, kGevEventData9001);
     Deliver(adapter, kGevEventTwoItems);
     EXPECT_EQ(seen, (std::vector<std::string>{"0x100000002", "0x3333333344444444"}));
+}
+
+TEST_F(EventAdapterTest, DeliveriesFromAListenerThreadAreSeenWhole)
+{
+    CEventAdapterGEV adapter(m_map._Ptr);
+    std::atomic<bool> done{false};
+    // The listener delivers events whose timestamp carries the same number in both halves; a
+    // reader must never see halves of two events.
+    std::thread listener([&] {
+        std::vector<uint8_t> message = Hex(kGevEventData9001);
+        for (uint32_t i = 1; i <= 5000; ++i)
+        {
+            for (int half = 0; half < 2; ++half)
+                for (int byte = 0; byte < 4; ++byte)
+                    message[16 + half * 4 + byte] = static_cast<uint8_t>(i >> (24 - 8 * byte));
+            adapter.DeliverMessage(message.data(), static_cast<uint32_t>(message.size()));
+        }
+        done = true;
+    });
+    CIntegerPtr timestamp(Node("EventA_TimestampBE"));
+    size_t reads = 0;
+    while (!done)
+    {
+        if (!IsReadable(timestamp))
+            continue;
+        const uint64_t value = static_cast<uint64_t>(timestamp->GetValue());
+        ASSERT_EQ(value >> 32, value & 0xFFFFFFFFu);
+        ++reads;
+    }
+    listener.join();
+    EXPECT_EQ(static_cast<uint64_t>(timestamp->GetValue()), (uint64_t(5000) << 32) | 5000u);
+    EXPECT_GT(reads, 0u);
 }

@@ -3,12 +3,13 @@
 # Safe to run repeatedly: only missing packages are installed.
 set -eu
 
+# libusb-1.0-0-dev: aravis-0.8.pc lists it as a private requirement, so pkg-config fails without it.
 PACKAGES="g++ cmake ninja-build pkg-config make
 libpugixml-dev libzip-dev zlib1g-dev
 libgtest-dev libgmock-dev libbenchmark-dev
 libcli11-dev libstb-dev
 clang libclang-rt-14-dev
-libaravis-dev doxygen python3 zip unzip"
+libaravis-dev libusb-1.0-0-dev doxygen python3 zip unzip"
 
 missing=""
 for p in $PACKAGES; do

@@ -129,6 +129,10 @@ public:
             throw RUNTIME_EXCEPTION("Error while parsing XML stream at line %u and column %u : 'a %s element has no Name'",
                                     LineOf(static_cast<size_t>(element.offset_debug())),
                                     ColumnOf(static_cast<size_t>(element.offset_debug())), element.name());
+        if (QV_UNLIKELY(m_map.OwnedNodes().size() >= CXmlLoader::kMaxNodes))
+            throw RUNTIME_EXCEPTION("Error while parsing XML stream at line %u and column %u : 'more than %zu nodes are refused'",
+                                    LineOf(static_cast<size_t>(element.offset_debug())),
+                                    ColumnOf(static_cast<size_t>(element.offset_debug())), CXmlLoader::kMaxNodes);
         if (m_map.FindNode(name))
         {
             const std::string copy(name);

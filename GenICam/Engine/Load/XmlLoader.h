@@ -24,6 +24,9 @@ class CXmlLoader
 public:
     /// Largest description accepted (unzipped).
     static constexpr size_t kMaxDescriptionBytes = 64u << 20;
+    /// Most nodes accepted: real descriptions hold a few thousand, and every node costs memory
+    /// and load time, so a description of millions of tiny nodes is refused early.
+    static constexpr size_t kMaxNodes = 1u << 18;
 
     /**
      * \brief Loads \a xmlText into a new node map.

@@ -167,7 +167,7 @@ public:
                 ScanReferences(child);
             }
             else if (Is(child, "IntSwissKnife") && child.attribute("Name"))
-                Scan(child, ENodeKind_t::IntSwissKnife);
+                Nested(child, [&] { Scan(child, ENodeKind_t::IntSwissKnife); });
             else if (IsReferenceElement(name))
                 NoteReference(child);
         }
@@ -214,7 +214,7 @@ public:
                 continue;
             ENodeKind_t kind;
             if (Is(child, "Group"))
-                ScanChildren(child);
+                Nested(child, [&] { ScanChildren(child); });
             else if (Is(child, "StructReg"))
                 ScanStructReg(child);
             else if (NodeKindOfElement(child.name(), kind))
@@ -243,9 +243,25 @@ public:
     const std::vector<PendingNode_t>& Pending() const { return m_pending; }
 
 private:
+    // Groups and embedded formulas are scanned recursively: bound the depth so that a hostile
+    // description cannot exhaust the stack (real ones nest a level or two).
+    static constexpr unsigned kMaxNesting = 64;
+
+    template <class F>
+    void Nested(const pugi::xml_node& element, F scan)
+    {
+        if (QV_UNLIKELY(++m_nesting > kMaxNesting))
+            throw RUNTIME_EXCEPTION("Error while parsing XML stream at line %u and column %u : 'elements nest more than %u deep'",
+                                    LineOf(static_cast<size_t>(element.offset_debug())),
+                                    ColumnOf(static_cast<size_t>(element.offset_debug())), kMaxNesting);
+        scan();
+        --m_nesting;
+    }
+
     CNodeMapImpl& m_map;
     const std::string& m_text;
     std::vector<PendingNode_t> m_pending;
+    unsigned m_nesting = 0;
 };
 
 // Caching modes depend on children: resolve them children first, a cycle counting as WriteThrough.

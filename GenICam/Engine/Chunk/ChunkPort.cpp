@@ -136,7 +136,8 @@ void CChunkPort::UpdateBuffer(uint8_t* pBaseAddress)
         else if (m_state == EState_t::Copied)
         {
             m_pBufferBase = pBaseAddress;
-            std::memcpy(m_copy.data(), pBaseAddress + m_chunkOffset, static_cast<size_t>(m_length));
+            if (m_length > 0) // an empty copy has no storage to copy into
+                std::memcpy(m_copy.data(), pBaseAddress + m_chunkOffset, static_cast<size_t>(m_length));
         }
     }
     Invalidate();

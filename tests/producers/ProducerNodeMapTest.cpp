@@ -117,16 +117,24 @@ TEST_F(ProducerNodeMap, EveryDescriptionLoadsAndEveryReadableFeatureReads)
             auto nodeMap = Load(port);
             NodeList_t nodes;
             nodeMap->map._GetNodes(nodes);
-            int read = 0;
+            int read = 0, written = 0;
             for (INode* node : nodes)
             {
                 CValuePtr value(node);
                 if (!value.IsValid() || !IsReadable(value) || node->GetPrincipalInterfaceType() == intfICommand)
                     continue;
-                EXPECT_NO_THROW(value->ToString()) << node->GetName();
+                GenICam::gcstring text;
+                EXPECT_NO_THROW(text = value->ToString()) << node->GetName();
                 ++read;
+                // Writing back what was read must be accepted by the module too.
+                if (IsWritable(value) && node->GetPrincipalInterfaceType() != intfIEnumEntry)
+                {
+                    EXPECT_NO_THROW(value->FromString(text)) << node->GetName() << " = " << text;
+                    ++written;
+                }
             }
             EXPECT_GT(read, 5);
+            EXPECT_GT(written, 0);
             // Selectors of the modules select what the features below them show.
             if (CIntegerPtr selector = nodeMap->map._GetNode("InterfaceSelector"))
             {

@@ -302,20 +302,27 @@ void ResolveCachingModes(const std::vector<std::unique_ptr<CNode>>& nodes)
 // A node forwarding its value to itself through pValue chains can never be read.
 void CheckForwardingCycles(const std::vector<std::unique_ptr<CNode>>& nodes, CLoadPass& pass)
 {
-    for (const std::unique_ptr<CNode>& pStart : nodes)
+    // Each node forwards to at most one other, so one walk per chain is linear overall: a walk
+    // stops at a node an earlier walk reached, and a cycle is a node met twice in the same walk.
+    std::unordered_map<const CNode*, size_t> walkOf; // node -> 1 + index of the walk that reached it
+    walkOf.reserve(nodes.size());
+    for (size_t i = 0; i < nodes.size(); ++i)
     {
-        CNode* pSlow = pStart.get();
-        CNode* pFast = pStart.get();
-        while (pFast && pFast->ForwardsTo() && pFast->ForwardsTo()->ForwardsTo())
+        if (!nodes[i]->ForwardsTo())
+            continue; // most nodes: nothing to walk
+        const size_t walk = i + 1;
+        for (const CNode* pNode = nodes[i].get(); pNode; pNode = pNode->ForwardsTo())
         {
-            pSlow = pSlow->ForwardsTo();
-            pFast = pFast->ForwardsTo()->ForwardsTo();
-            if (pSlow == pFast)
+            size_t& seen = walkOf[pNode];
+            if (seen == walk)
             {
-                const std::string name(pStart->Name());
+                const std::string name(nodes[i]->Name());
                 throw RUNTIME_EXCEPTION("Node '%s' : its pValue references form a cycle (line %u)", name.c_str(),
-                                        pass.LineOf(pStart->SourceOffset()));
+                                        pass.LineOf(nodes[i]->SourceOffset()));
             }
+            if (seen != 0)
+                break; // an earlier walk went on from here
+            seen = walk;
         }
     }
 }

@@ -1,10 +1,11 @@
-// genicam-dump FILE [--registers REGFILE]
+// genicam-dump FILE [--registers REGFILE] [--warnings]
 //
 // Loads a GenICam description (.xml or .zip), connects a memory port to every Port node (all
 // registers zero, or filled from REGFILE lines "ADDRESS HEXBYTES") and prints one JSON object per
 // node, sorted by name: name, type, access, visibility, caching, is_feature and, for readable
 // nodes, the value and the fields of the node's interface. A field that cannot be read is left
-// out and the first such error is printed as "error".
+// out and the first such error is printed as "error". --warnings prints what the loader
+// tolerated in the description (ILoadWarnings) to stderr, one line each.
 
 #include <algorithm>
 #include <cmath>
@@ -196,7 +197,7 @@ bool EndsWith(const std::string& text, const char* suffix)
 
 int Usage()
 {
-    std::fprintf(stderr, "usage: genicam-dump FILE.xml|FILE.zip [--registers FILE]\n");
+    std::fprintf(stderr, "usage: genicam-dump FILE.xml|FILE.zip [--registers FILE] [--warnings]\n");
     return 2;
 }
 } // namespace
@@ -204,11 +205,14 @@ int Usage()
 int main(int argc, char** argv)
 {
     std::string fileName, registerFile;
+    bool printWarnings = false;
     for (int i = 1; i < argc; ++i)
     {
         const std::string argument = argv[i];
         if (argument == "--registers" && i + 1 < argc)
             registerFile = argv[++i];
+        else if (argument == "--warnings")
+            printWarnings = true;
         else if (argument == "-h" || argument == "--help")
             return Usage();
         else if (fileName.empty())
@@ -225,6 +229,14 @@ int main(int argc, char** argv)
             nodeMap._LoadXMLFromZIPFile(fileName.c_str());
         else
             nodeMap._LoadXMLFromFile(fileName.c_str());
+
+        if (printWarnings)
+        {
+            GenICam::gcstring_vector warnings;
+            CLoadWarningsPtr(nodeMap._Ptr)->GetLoadWarnings(warnings);
+            for (const GenICam::gcstring& warning : warnings)
+                std::fprintf(stderr, "warning: %s\n", warning.c_str());
+        }
 
         CMemoryPort memory;
         if (!registerFile.empty())

@@ -65,6 +65,34 @@ CNode* CNodeBuilder::RefName(std::string_view name, const pugi::xml_node& where,
                             pFrom ? pFrom->Name().data() : "", LineOf(offset));
 }
 
+CNode* CNodeBuilder::OptionalRef(const pugi::xml_node& element, const CNode* pFrom, const char* consequence)
+{
+    const std::string_view name = TrimmedView(element.text().get());
+    if (CNode* pNode = m_map.FindNode(name))
+        return pNode;
+    Warn(pFrom, element, std::string(element.name()) + " '" + std::string(name) + "' names no node; " + consequence);
+    return nullptr;
+}
+
+EAccessMode CNodeBuilder::AccessMode(const pugi::xml_node& element, const CNode* pFrom)
+{
+    const std::string_view text = TrimmedView(element.text().get());
+    // Hand-written descriptions abbreviate the one operation allowed; no other mode starts alike.
+    const EAccessMode abbreviated = text == "R" ? RO : text == "W" ? WO : _UndefinedAccesMode;
+    if (abbreviated == _UndefinedAccesMode)
+        return Enum<EAccessModeClass, EAccessMode>(element, pFrom);
+    Warn(pFrom, element,
+         std::string(element.name()) + " '" + std::string(text) + "' read as " + (abbreviated == RO ? "RO" : "WO"));
+    return abbreviated;
+}
+
+void CNodeBuilder::Warn(const CNode* pNode, const pugi::xml_node& where, const std::string& text)
+{
+    const size_t offset = where ? static_cast<size_t>(where.offset_debug()) : (pNode ? pNode->SourceOffset() : 0);
+    m_map.AddLoadWarning(offset, "Node '" + std::string(pNode ? pNode->Name() : std::string_view()) + "' : " + text + " (line " +
+                         std::to_string(LineOf(offset)) + ")");
+}
+
 int64_t CNodeBuilder::Int(const pugi::xml_node& element, const CNode* pFrom)
 {
     return IntText(TrimmedView(element.text().get()), element, pFrom);

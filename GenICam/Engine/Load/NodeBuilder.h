@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <string>
 #include <string_view>
 
 #include <pugixml.hpp>
@@ -41,6 +42,14 @@ public:
     CNode* Ref(const pugi::xml_node& element, const CNode* pFrom);
     /// The node named \a name (an attribute value). \throws RuntimeException for an unknown name.
     CNode* RefName(std::string_view name, const pugi::xml_node& where, const CNode* pFrom);
+    /**
+     * \brief The node named by the element's text, or null for an unknown name, which is then
+     *        recorded as a load warning ending in \a consequence.
+     *
+     * Only for references whose absence leaves the node well defined (a category's features, the
+     * availability flags, aliases); see ILoadWarnings for the list.
+     */
+    CNode* OptionalRef(const pugi::xml_node& element, const CNode* pFrom, const char* consequence);
 
     /// HexOrDecimal text of the element as int64 (0x... may set the sign bit).
     int64_t Int(const pugi::xml_node& element, const CNode* pFrom);
@@ -67,6 +76,12 @@ public:
             FailBadValue(element, pFrom);
         return value;
     }
+
+    /// AccessMode / ImposedAccessMode text; "R" and "W" read as RO and WO with a load warning.
+    EAccessMode AccessMode(const pugi::xml_node& element, const CNode* pFrom);
+
+    /// Records "Node '<name>' : <text> (line L)" as a load warning of the node map.
+    void Warn(const CNode* pNode, const pugi::xml_node& where, const std::string& text);
 
     /**
      * \brief Throws RuntimeException "Node '<name>' : <text> (line L)".

@@ -55,8 +55,16 @@ CNode* CNodeMapImpl::FindNode(std::string_view name) const
     return pEntry ? pEntry->pNode : nullptr;
 }
 
+void CNodeMapImpl::AddLoadWarning(size_t offset, const std::string& text)
+{
+    m_loadWarnings.emplace_back(offset, GenICam::gcstring(text.c_str(), text.size()));
+}
+
 void CNodeMapImpl::FinishLoading()
 {
+    // Warnings come from several load passes; report them in document order.
+    std::stable_sort(m_loadWarnings.begin(), m_loadWarnings.end(),
+                     [](const auto& a, const auto& b) { return a.first < b.first; });
     m_ordered.clear();
     m_ordered.reserve(m_nodes.size());
     for (std::string_view name : m_orderNames)
@@ -311,6 +319,16 @@ GenICam::gcstring CNodeMapImpl::GetProductGuid()
 GenICam::gcstring CNodeMapImpl::GetVersionGuid()
 {
     return m_info.versionGuid;
+}
+
+// ---------------------------------------------------------------- ILoadWarnings
+
+void CNodeMapImpl::GetLoadWarnings(GenICam::gcstring_vector& warnings) const
+{
+    // Written while loading only, so no lock is needed.
+    warnings.clear();
+    for (const auto& warning : m_loadWarnings)
+        warnings.push_back(warning.second);
 }
 
 void CNodeMapImpl::Destroy()

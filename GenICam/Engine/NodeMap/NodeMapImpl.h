@@ -1,12 +1,15 @@
 #pragma once
 
 #include <memory>
+#include <string>
 #include <string_view>
 #include <unordered_map>
+#include <utility>
 #include <vector>
 
 #include <GenApi/IDestroy.h>
 #include <GenApi/IDeviceInfo.h>
+#include <GenApi/ILoadWarnings.h>
 #include <GenApi/INodeMap.h>
 #include <GenApi/Synch.h>
 
@@ -47,7 +50,7 @@ struct DeviceInfo_t
  *    CCallbackScope, which fires the collected callbacks when the outermost scope ends:
  *    cbPostInsideLock ones still holding the lock, then cbPostOutsideLock ones after releasing it.
  */
-class CNodeMapImpl : public INodeMap, public IDeviceInfo, public IDestroy
+class CNodeMapImpl : public INodeMap, public IDeviceInfo, public ILoadWarnings, public IDestroy
 {
 public:
     explicit CNodeMapImpl(const GenICam::gcstring& deviceName, CLock* pUserLock = nullptr);
@@ -71,6 +74,9 @@ public:
     /// Called once loading is complete: fixes the node order and the polling list.
     void FinishLoading();
     const std::vector<std::unique_ptr<CNode>>& OwnedNodes() const { return m_nodes; }
+    /// Records a defect of the description that the loader tolerated (see ILoadWarnings) at
+    /// byte \a offset of the description; FinishLoading puts them in document order.
+    void AddLoadWarning(size_t offset, const std::string& text);
 
     // ---- hooks ----
     /// Every Port node, in node order.
@@ -131,6 +137,9 @@ public:
     GenICam::gcstring GetProductGuid() override;
     GenICam::gcstring GetVersionGuid() override;
 
+    // ---- ILoadWarnings ----
+    void GetLoadWarnings(GenICam::gcstring_vector& warnings) const override;
+
     // ---- IDestroy ----
     void Destroy() override;
 
@@ -152,6 +161,7 @@ private:
     std::vector<CNode*> m_ordered;                         // nodes in GetNodes order
     std::vector<CPortNode*> m_ports;
     std::vector<CNode*> m_polled;                          // nodes with a PollingTime
+    std::vector<std::pair<size_t, GenICam::gcstring>> m_loadWarnings; // (offset, text) of what the loader tolerated
 
     // Guarded by the lock.
     mutable uint32_t m_walkEpoch = 0;

@@ -15,7 +15,10 @@ bool CCategoryNode::ConfigureElement(const pugi::xml_node& child, CNodeBuilder& 
 {
     if (builder.ElementOf(child) == EElement_t::pFeature)
     {
-        CNode* pFeature = builder.Ref(child, this);
+        // A feature that does not exist cannot be shown; the rest of the category still can.
+        CNode* pFeature = builder.OptionalRef(child, this, "left out of the category");
+        if (!pFeature)
+            return true;
         m_features.push_back(pFeature);
         m_accessInputs.push_back(pFeature);
         pFeature->AddDependent(this);

@@ -19,6 +19,9 @@ namespace
 // the stack runs out.
 constexpr int kMaxEvaluationDepth = 256;
 
+constexpr const char* kConditionIgnored = "the condition is ignored";
+constexpr const char* kAliasIgnored = "the node has no alias";
+
 } // namespace
 
 CNode::CNode(CNodeMapImpl* pMap, ENodeKind_t kind, std::string_view name)
@@ -50,20 +53,22 @@ bool CNode::ConfigureElement(const pugi::xml_node& child, CNodeBuilder& builder)
     switch (child.name()[0])
     {
     case 'p':
+        // Flags and aliases naming no node are ignored (a load warning): the node is then what
+        // it would be without the element.
         if (element == EElement_t::pIsImplemented)
-            m_pIsImplemented = builder.Ref(child, this), m_pIsImplemented->AddDependent(this);
+            SetFlag(m_pIsImplemented, builder.OptionalRef(child, this, kConditionIgnored));
         else if (element == EElement_t::pIsAvailable)
-            m_pIsAvailable = builder.Ref(child, this), m_pIsAvailable->AddDependent(this);
+            SetFlag(m_pIsAvailable, builder.OptionalRef(child, this, kConditionIgnored));
         else if (element == EElement_t::pIsLocked)
-            m_pIsLocked = builder.Ref(child, this), m_pIsLocked->AddDependent(this);
+            SetFlag(m_pIsLocked, builder.OptionalRef(child, this, kConditionIgnored));
         else if (element == EElement_t::pBlockPolling)
-            m_pBlockPolling = builder.Ref(child, this), m_pBlockPolling->AddDependent(this);
+            SetFlag(m_pBlockPolling, builder.OptionalRef(child, this, kConditionIgnored));
         else if (element == EElement_t::pError)
             m_errors.push_back(builder.Ref(child, this)), m_errors.back()->AddDependent(this);
         else if (element == EElement_t::pAlias)
-            m_pAlias = builder.Ref(child, this);
+            m_pAlias = builder.OptionalRef(child, this, kAliasIgnored);
         else if (element == EElement_t::pCastAlias)
-            m_pCastAlias = builder.Ref(child, this);
+            m_pCastAlias = builder.OptionalRef(child, this, kAliasIgnored);
         else if (element == EElement_t::pInvalidator)
         {
             CNode* pInvalidator = builder.Ref(child, this);
@@ -114,7 +119,7 @@ bool CNode::ConfigureElement(const pugi::xml_node& child, CNodeBuilder& builder)
         }
         if (element == EElement_t::ImposedAccessMode)
         {
-            m_imposedAccess = static_cast<uint8_t>(builder.Enum<EAccessModeClass, EAccessMode>(child, this));
+            m_imposedAccess = static_cast<uint8_t>(builder.AccessMode(child, this));
             return true;
         }
         return false;
@@ -144,6 +149,13 @@ bool CNode::ConfigureElement(const pugi::xml_node& child, CNodeBuilder& builder)
     default:
         return false;
     }
+}
+
+void CNode::SetFlag(CNode*& pFlag, CNode* pTarget)
+{
+    pFlag = pTarget;
+    if (pTarget)
+        pTarget->AddDependent(this);
 }
 
 void CNode::Link(CNodeBuilder& /*builder*/)

@@ -194,6 +194,8 @@ protected:
     const char* NameText() const { return m_name.data(); }
     /// Lowers \a mode to NI/NA when \a pReference is NI/NA (unless computing the structural mode).
     static void PropagateAvailability(EAccessMode& mode, CNode* pReference, bool structural);
+    /// Sets a pIsImplemented/pIsAvailable/pIsLocked/pBlockPolling link (null: none) and its invalidation edge.
+    void SetFlag(CNode*& pFlag, CNode* pTarget);
     /// Checks pError after a verified access: throws naming the current error entry.
     void CheckErrorsLocked();
     /// Throws AccessException "Node is not readable." unless readable.

@@ -1,6 +1,7 @@
 #include "Engine/Nodes/RegisterAccess.h"
 
 #include <cstring>
+#include <string>
 
 #include <Base/GCException.h>
 
@@ -22,6 +23,13 @@ int64_t WrappingAdd(int64_t a, int64_t b)
 int64_t WrappingMultiply(int64_t a, int64_t b)
 {
     return static_cast<int64_t>(static_cast<uint64_t>(a) * static_cast<uint64_t>(b));
+}
+
+// Access checks stop reads and writes of a register without a port (it is NI) before they get here.
+[[gnu::cold, gnu::noinline, noreturn]] void ThrowNoPort(CNode* pOwner, const char* method)
+{
+    const std::string name(pOwner->Name());
+    throw ACCESS_EXCEPTION_NODE(name.c_str(), method)("Node '%s' has no pPort", name.c_str());
 }
 } // namespace
 
@@ -76,7 +84,7 @@ bool CRegisterAccess::ConfigureElement(CNode* pOwner, const pugi::xml_node& chil
         pOwner->AddReference(m_pLength);
     }
     else if (element == EElement_t::AccessMode)
-        m_accessMode = builder.Enum<EAccessModeClass, EAccessMode>(child, pOwner);
+        m_accessMode = builder.AccessMode(child, pOwner);
     else if (element == EElement_t::pPort)
     {
         CNode* pPort = builder.Ref(child, pOwner);
@@ -94,8 +102,9 @@ bool CRegisterAccess::ConfigureElement(CNode* pOwner, const pugi::xml_node& chil
 
 void CRegisterAccess::Link(CNode* pOwner, CNodeBuilder& builder)
 {
+    // Like a register behind a Port nobody connected, one without a port cannot be reached: NI.
     if (!m_pPort)
-        builder.Fail(pOwner, pugi::xml_node(), "register has no pPort");
+        builder.Warn(pOwner, pugi::xml_node(), "register has no pPort; it is not implemented");
 }
 
 void CRegisterAccess::CopyFrom(const CRegisterAccess& other)
@@ -135,7 +144,8 @@ EAccessMode CRegisterAccess::NaturalAccessLocked(bool structural)
 void CRegisterAccess::ReadBytesLocked(CNode* pOwner, uint8_t* pBuffer, int64_t address, int64_t lengthBytes,
                                       bool useCache)
 {
-    (void)pOwner;
+    if (QV_UNLIKELY(!m_pPort))
+        ThrowNoPort(pOwner, "GetValue");
     m_lastAddress = address;
     m_lastLength = lengthBytes;
     m_lastAddressValid = true;
@@ -147,6 +157,8 @@ void CRegisterAccess::ReadBytesLocked(CNode* pOwner, uint8_t* pBuffer, int64_t a
 
 void CRegisterAccess::WriteBytesLocked(CNode* pOwner, const uint8_t* pBuffer, int64_t address, int64_t lengthBytes)
 {
+    if (QV_UNLIKELY(!m_pPort))
+        ThrowNoPort(pOwner, "SetValue");
     m_pPort->WriteLocked(pBuffer, address, lengthBytes);
     m_lastAddress = address;
     m_lastLength = lengthBytes;

@@ -15,6 +15,7 @@
 #include <GenApi/IEnumeration.h>
 #include <GenApi/IFloat.h>
 #include <GenApi/IInteger.h>
+#include <GenApi/ILoadWarnings.h>
 #include <GenApi/INode.h>
 #include <GenApi/INodeMap.h>
 #include <GenApi/IPort.h>

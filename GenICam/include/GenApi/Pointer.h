@@ -10,6 +10,7 @@
 #include <GenApi/IEnumeration.h>
 #include <GenApi/IFloat.h>
 #include <GenApi/IInteger.h>
+#include <GenApi/ILoadWarnings.h>
 #include <GenApi/INode.h>
 #include <GenApi/INodeMap.h>
 #include <GenApi/IPort.h>
@@ -101,6 +102,7 @@ typedef CPointer<ISelector> CSelectorPtr;
 typedef CPointer<ICommand> CCommandPtr;
 typedef CPointer<INodeMap, INodeMap> CNodeMapPtr;
 typedef CPointer<IDeviceInfo, INodeMap> CDeviceInfoPtr;
+typedef CPointer<ILoadWarnings, INodeMap> CLoadWarningsPtr;
 
 /**
  * \brief Smart pointer to an IFloat, with access to its integer and enumeration cast aliases.

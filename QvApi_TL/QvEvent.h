@@ -68,6 +68,10 @@ public:
     GenTL::EVENT_TYPE GetEventType() const { return m_eventType; }
     /// \return The receive-buffer size in bytes.
     size_t GetBufferSize() const { return m_bufferSize; }
+    /// \return The receive buffer (null while stopped), for failure messages.
+    void* GetReceiveBuffer() const { return m_pBuffer.get(); }
+    /// \return The time-out of each EventGetData, in milliseconds.
+    size_t GetTimeoutMs() const { return m_timeoutMs; }
     /// \return The lock guarding the last error and the error event.
     GenICam::CLock& GetLock() { return m_lock; }
     /// \return The last EventGetData failure; read under GetLock().

@@ -36,3 +36,12 @@ target_sources(QvApi_TL PRIVATE
 )
 # The feature bag.
 target_sources(QvApi_TL PRIVATE ${CMAKE_SOURCE_DIR}/QvApi_TL/QvFeatureBag.cpp)
+# Acquisition: data streams, stream buffers and their pointer array.
+target_sources(QvApi_TL PRIVATE
+    ${CMAKE_SOURCE_DIR}/QvApi_TL/QvDataStream.cpp
+    ${CMAKE_SOURCE_DIR}/QvApi_TL/QvDataStreamInfo.cpp
+    ${CMAKE_SOURCE_DIR}/QvApi_TL/QvDataStreamPtrArray.cpp
+    ${CMAKE_SOURCE_DIR}/QvApi_TL/QvStreamBuffer.cpp
+    ${CMAKE_SOURCE_DIR}/QvApi_TL/QvStreamBufferImage.cpp
+    ${CMAKE_SOURCE_DIR}/QvApi_TL/QvStreamBufferInfo.cpp
+)

@@ -22,6 +22,8 @@
 #include <QvApi/QvFeatureBag.h>
 #include <QvApi/QvEventCtrl.h>
 #include <QvApi/QvPort.h>
+#include <QvApi/QvStreamBuffer.h>
+#include <QvApi/QvDataStream.h>
 #include <QvApi/QvDevice.h>
 #include <QvApi/QvInterface.h>
 #include <QvApi/QvSystem.h>

@@ -1,0 +1,83 @@
+#pragma once
+
+#include <memory>
+
+#include <QvApi/QvImage.h>
+#include <QvApi/QvSystem.h>
+
+#include "QvApi_TL/QvPixelComponent.h"
+#include "QvSDKCommon/QvImageInside.h"
+#include "QvSDKCommon/QvROIImage.h"
+
+namespace GenApi
+{
+struct IInteger;
+struct IEnumeration;
+struct INodeMap;
+} // namespace GenApi
+
+namespace QvApi
+{
+class CQvStreamBuffer;
+
+/**
+ * \brief The image of a stream buffer: geometry and pixel format from the buffer's GenTL
+ *        information, with the buffer's chunk features as fall-back, the memory at the image
+ *        offset, ROI views and per-pixel access.
+ *
+ * Owned by its CQvStreamBuffer. Every getter asks the producer for the buffer's last fill, so an
+ * image is meaningful between RetrieveBuffer() and Release(). One thread at a time, together
+ * with its ROI view.
+ */
+class CQvStreamBufferImage final : public IQvImageInside
+{
+public:
+    /// \param[in] pBuffer The owning buffer; outlives the image.
+    explicit CQvStreamBufferImage(CQvStreamBuffer* pBuffer);
+    ~CQvStreamBufferImage();
+    CQvStreamBufferImage(const CQvStreamBufferImage&) = delete;
+    CQvStreamBufferImage& operator=(const CQvStreamBufferImage&) = delete;
+
+    /// Width: BUFFER_INFO_WIDTH, else the chunk feature "ChunkWidth", else 0.
+    size_t GetImageWidth() override;
+    /// Height: the delivered height when not 0, else BUFFER_INFO_HEIGHT, else "ChunkHeight", else 0.
+    size_t GetImageHeight() override;
+    /// The format's packed line length plus the buffer's X padding.
+    size_t GetImageLinePitch() override;
+    /// Line pitch times height (the Y padding is not part of the plane).
+    size_t GetImagePlanePitch() override;
+    /**
+     * \return The PFNC code: the buffer's format in the PFNC namespace as it is; a CoaXPress
+     *         device's own code mapped to PFNC (0xFFFFFFFF when it has no PFNC counterpart);
+     *         "ChunkPixelFormat" when the producer cannot tell.
+     */
+    EQvPixelFormatNamingConvention_t GetImagePixelFormat() override;
+    /// Base address plus the image offset (the base alone when the offset is unknown).
+    void* GetImageBuffer() override;
+    /// The allocator context of the buffer's memory, or null.
+    void* GetUserContext() override;
+    IQvImage* GetROIImage(size_t x, size_t y, size_t width, size_t height) override;
+    IQvPixelComponentValue* GetIQvPixelComponentValue(size_t x, size_t y) override;
+
+    /// Ends the ROI view (the buffer is being revoked).
+    void ReleaseROIImage() { m_pROIImage.reset(); }
+
+    /**
+     * \brief The PFNC code of a CoaXPress pixel format code (class bits 8-11, variant 4-7,
+     *        size 0-3); 0xFFFFFFFF when there is none.
+     */
+    static EQvPixelFormatNamingConvention_t MapCoaXPressPixelFormat(uint64_t cxpPixelFormat);
+
+private:
+    /// The value of an integer chunk feature, or 0 without chunk node map, node or value.
+    size_t ChunkInteger(const char* name, GenApi::IInteger*& pCache);
+
+    CQvStreamBuffer* const m_pBuffer; // borrowed: the owner
+    _EQvInterfaceType_t m_interfaceType = static_cast<_EQvInterfaceType_t>(0); // 0 until fetched
+    // Chunk features looked up on first use; they live as long as the buffer's chunk node map.
+    GenApi::IInteger* m_pChunkWidth = nullptr;
+    GenApi::IInteger* m_pChunkHeight = nullptr;
+    CQvPixelComponent m_pixelComponent;       // handed out by GetIQvPixelComponentValue()
+    std::unique_ptr<CQvROIImage> m_pROIImage; // made by the first GetROIImage()
+};
+} // namespace QvApi

@@ -126,7 +126,15 @@ void CQvFeatureBag::WriteStream(std::ostream& stream)
     stream << "# " << m_FeatureBag.m_BagName.c_str() << "\n";
     QV_ASSERT(m_FeatureBag.m_Names.size() == m_FeatureBag.m_Values.size(),
               "FeatureBag.m_Names.size() == FeatureBag.m_Values.size()");
+    // Whole strings, so that a value holding a NUL is written as it was read.
     for (size_t i = 0; i < m_FeatureBag.m_Names.size(); ++i)
-        stream << m_FeatureBag.m_Names[i].c_str() << '\t' << m_FeatureBag.m_Values[i].c_str() << '\n';
+    {
+        const GenICam::gcstring& name = m_FeatureBag.m_Names[i];
+        const GenICam::gcstring& value = m_FeatureBag.m_Values[i];
+        stream.write(name.c_str(), static_cast<std::streamsize>(name.size()));
+        stream << '\t';
+        stream.write(value.c_str(), static_cast<std::streamsize>(value.size()));
+        stream << '\n';
+    }
 }
 } // namespace QvApi

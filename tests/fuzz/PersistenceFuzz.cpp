@@ -78,7 +78,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
         return 0;
     }
     // What the writer writes, the reader reads back unchanged.
-    std::istringstream written(bag.ToString().c_str());
+    std::istringstream written(static_cast<std::string>(bag.ToString()));
     CFeatureBag reread;
     written >> reread;
     if (!(reread == bag))

@@ -219,8 +219,14 @@ std::ostream& operator<<(std::ostream& stream, const CFeatureBag& bag)
     if (!bag.m_Info.empty())
         stream << kFormatVersionLine << "\n# " << bag.m_Info.c_str() << "\n";
     const size_t count = bag.m_Names.size() < bag.m_Values.size() ? bag.m_Names.size() : bag.m_Values.size();
+    // Whole strings, embedded NULs included: what was read is written back unchanged.
     for (size_t i = 0; i < count; ++i)
-        stream << bag.m_Names[i].c_str() << '\t' << bag.m_Values[i].c_str() << '\n';
+    {
+        stream.write(bag.m_Names[i].c_str(), static_cast<std::streamsize>(bag.m_Names[i].size()));
+        stream << '\t';
+        stream.write(bag.m_Values[i].c_str(), static_cast<std::streamsize>(bag.m_Values[i].size()));
+        stream << '\n';
+    }
     return stream;
 }
 

@@ -378,6 +378,10 @@ TEST_F(FeatureBagTest, StreamFormatReadsWhatTheReferenceReads)
     EXPECT_EQ(refusal(magic + " \t5\n"), "The stream holds incomplete key - value - set");
     EXPECT_EQ(refusal(magic), "(accepted)");
 
+    // Embedded NULs are data like any other byte (a regression the fuzzer found).
+    const std::string withNul = magic + std::string("A\0B\tv\0w\n", 8);
+    EXPECT_EQ(Text(BagFromText(withNul)), withNul);
+
     // What the writer writes, the reader reads back unchanged.
     Load("vectors/featurebag-selectors.prefill");
     CFeatureBag stored;

@@ -46,7 +46,7 @@ class IQvPortInside;
  * mutexes; m_queueLock before the filled event's mutex. The callback manager's lock is taken
  * alone, on the listener thread, with no other lock of the stream held.
  */
-class CQvDataStream final
+class QVAPI_API CQvDataStream final
     : public CQvModule<IQvDataStreamInside, IQvDataStream, IQvCallbackParamGenTLEventErrorDS>
 {
 public:

@@ -13,7 +13,7 @@ class IQvDeviceInside;
  * \brief Answers a data stream's information queries (DSGetInfo). Embedded in CQvDataStream;
  *        any thread (the producer serialises its own answers).
  */
-class CQvDataStreamInfo final : public IQvDataStreamInfo
+class QVAPI_API CQvDataStreamInfo final : public IQvDataStreamInfo
 {
 public:
     /**

@@ -29,7 +29,7 @@ namespace QvApi
  * RetrieveBuffer() and Release(), on the application's thread; the new-buffer listener only
  * reads its stream pointer and information.
  */
-class CQvStreamBuffer final
+class QVAPI_API CQvStreamBuffer final
     : public CQvModule<IQvStreamBufferInside, IQvStreamBuffer, IQvCallbackParamGenTLEventErrorSB>
 {
 public:

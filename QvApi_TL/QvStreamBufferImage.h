@@ -29,7 +29,7 @@ class CQvStreamBuffer;
  * image is meaningful between RetrieveBuffer() and Release(). One thread at a time, together
  * with its ROI view.
  */
-class CQvStreamBufferImage final : public IQvImageInside
+class QVAPI_API CQvStreamBufferImage final : public IQvImageInside
 {
 public:
     /// \param[in] pBuffer The owning buffer; outlives the image.

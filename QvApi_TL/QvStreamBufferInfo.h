@@ -13,7 +13,7 @@ class CQvGenTLLib;
  *        size and user pointer are the ones the buffer stored when it was announced; every other
  *        getter asks the producer. Embedded in CQvStreamBuffer; any thread.
  */
-class CQvStreamBufferInfo final : public IQvStreamBufferInfo
+class QVAPI_API CQvStreamBufferInfo final : public IQvStreamBufferInfo
 {
 public:
     /// \param[in] pCQvGenTL Producer binding; borrowed.  \param[in] hDataStream The buffer's stream.

@@ -91,11 +91,65 @@ bool ParseFloatConstant(const std::string& text, double& value)
                              text.c_str(), typeName);
 }
 
+size_t CountSlotLoads(const FormulaProgram_t& program)
+{
+    size_t count = 0;
+    for (const FormulaInstruction_t& instruction : program.code)
+        count += instruction.op == EFormulaOp_t::LoadSlot;
+    return count;
+}
+
+// Appends the slots a program reads (the caller sorts and removes duplicates).
 void CollectSlots(const FormulaProgram_t& program, std::vector<int32_t>& slots)
 {
     for (const FormulaInstruction_t& instruction : program.code)
         if (instruction.op == EFormulaOp_t::LoadSlot)
             slots.push_back(instruction.index);
+}
+
+struct Symbol_t
+{
+    const std::string* name;
+    FormulaInstruction_t load;
+};
+
+// What one compilation looks names up in: TO / FROM, then the Constants and Expressions written
+// so far (the latest first), then the engine's resolver.
+struct LookupContext_t
+{
+    const std::string* pInputName; // null where the input is not visible (Expressions)
+    const std::vector<Symbol_t>* pSymbols;
+    FormulaResolveFunction_t pResolve;
+    void* pResolveContext;
+    EFormulaKind_t kind;
+};
+
+bool LookUp(void* pContext, std::string_view name, FormulaInstruction_t& load)
+{
+    const LookupContext_t& lookup = *static_cast<const LookupContext_t*>(pContext);
+    if (lookup.pInputName && name == *lookup.pInputName)
+    {
+        load.op = EFormulaOp_t::LoadInput;
+        return true;
+    }
+    for (auto symbol = lookup.pSymbols->rbegin(); symbol != lookup.pSymbols->rend(); ++symbol)
+        if (*symbol->name == name)
+        {
+            load = symbol->load;
+            return true;
+        }
+    const int32_t slot = lookup.pResolve ? lookup.pResolve(lookup.pResolveContext, name, lookup.kind) : kUnknownFormulaSlot;
+    if (slot < 0)
+        return false;
+    load.op = EFormulaOp_t::LoadSlot;
+    load.index = slot;
+    return true;
+}
+
+// The std::function resolver behind the plain-function interface.
+int32_t ResolveThroughFunction(void* pContext, std::string_view name, EFormulaKind_t kind)
+{
+    return (*static_cast<const FormulaResolver_t*>(pContext))(std::string(name), kind);
 }
 
 // Expression values for one evaluation: on the caller's stack unless a node has very many.
@@ -128,6 +182,11 @@ CFormula& CFormula::operator=(CFormula&&) noexcept = default;
 
 void CFormula::Compile(const FormulaDefinition_t& definition, const FormulaResolver_t& resolver)
 {
+    Compile(definition, resolver ? &ResolveThroughFunction : nullptr, const_cast<FormulaResolver_t*>(&resolver));
+}
+
+void CFormula::Compile(const FormulaDefinition_t& definition, FormulaResolveFunction_t pResolve, void* pContext)
+{
     m_compiled = false;
     m_kind = definition.kind;
     m_nodeName = definition.nodeName;
@@ -136,11 +195,6 @@ void CFormula::Compile(const FormulaDefinition_t& definition, const FormulaResol
     m_dependencies.clear();
 
     // Constants first: a bad integer Constant is a load error, whatever the formula is.
-    struct Symbol_t
-    {
-        const std::string* name;
-        FormulaInstruction_t load;
-    };
     std::vector<Symbol_t> symbols;
     symbols.reserve(definition.symbols.size());
     for (const FormulaSymbol_t& symbol : definition.symbols)
@@ -158,25 +212,7 @@ void CFormula::Compile(const FormulaDefinition_t& definition, const FormulaResol
             ThrowBadConstant(symbol.text, "double");
     }
 
-    const auto lookup = [&](const std::string& name, FormulaInstruction_t& load, bool withInput) {
-        if (withInput && !definition.inputName.empty() && name == definition.inputName)
-        {
-            load.op = EFormulaOp_t::LoadInput;
-            return true;
-        }
-        for (auto symbol = symbols.rbegin(); symbol != symbols.rend(); ++symbol)
-            if (*symbol->name == name)
-            {
-                load = symbol->load;
-                return true;
-            }
-        const int32_t slot = resolver ? resolver(name, m_kind) : kUnknownFormulaSlot;
-        if (slot < 0)
-            return false;
-        load.op = EFormulaOp_t::LoadSlot;
-        load.index = slot;
-        return true;
-    };
+    LookupContext_t lookup{nullptr, &symbols, pResolve, pContext, m_kind};
 
     // Symbols in document order: each Expression sees what was written before it.
     for (const FormulaSymbol_t& symbol : definition.symbols)
@@ -185,9 +221,11 @@ void CFormula::Compile(const FormulaDefinition_t& definition, const FormulaResol
         entry.name = &symbol.name;
         if (symbol.isExpression)
         {
-            m_expressions.push_back(CFormulaCompiler::Compile(
-                symbol.text, "_" + definition.nodeName + "_" + symbol.name, m_kind, definition.upperCaseNames,
-                [&](const std::string& name, FormulaInstruction_t& load) { return lookup(name, load, false); }));
+            m_expressions.emplace_back();
+            FormulaProgram_t& expression = m_expressions.back();
+            CFormulaCompiler::Compile(symbol.text, m_kind, definition.upperCaseNames, &LookUp, &lookup, expression);
+            expression.text = symbol.text;
+            expression.name = "_" + definition.nodeName + "_" + symbol.name;
             entry.load.op = EFormulaOp_t::LoadExpression;
             entry.load.index = static_cast<int32_t>(m_expressions.size() - 1);
         }
@@ -202,10 +240,11 @@ void CFormula::Compile(const FormulaDefinition_t& definition, const FormulaResol
         symbols.push_back(entry);
     }
 
-    m_main = CFormulaCompiler::Compile(
-        definition.formula, definition.formulaName.empty() ? definition.nodeName : definition.formulaName, m_kind,
-        definition.upperCaseNames,
-        [&](const std::string& name, FormulaInstruction_t& load) { return lookup(name, load, true); });
+    // Only the main formula sees the converter's TO / FROM.
+    lookup.pInputName = definition.inputName.empty() ? nullptr : &definition.inputName;
+    CFormulaCompiler::Compile(definition.formula, m_kind, definition.upperCaseNames, &LookUp, &lookup, m_main);
+    m_main.text = definition.formula;
+    m_main.name = definition.formulaName.empty() ? definition.nodeName : definition.formulaName;
 
     // Expressions needed by the main formula: an Expression reads only earlier ones, so one
     // backward pass closes the set.
@@ -227,6 +266,10 @@ void CFormula::Compile(const FormulaDefinition_t& definition, const FormulaResol
         if (needed[k])
             m_neededExpressions.push_back(static_cast<int32_t>(k));
 
+    size_t loads = CountSlotLoads(m_main);
+    for (const FormulaProgram_t& expression : m_expressions)
+        loads += CountSlotLoads(expression);
+    m_dependencies.reserve(loads);
     CollectSlots(m_main, m_dependencies);
     for (const FormulaProgram_t& expression : m_expressions)
         CollectSlots(expression, m_dependencies);

@@ -14,7 +14,7 @@
 //     Engine::CFormula formula;
 //     formula.Compile(definition, [&](const std::string& name, Engine::EFormulaKind_t kind) {
 //         return slotOf(name, kind);                   // or Engine::kUnknownFormulaSlot
-//     });
+//     });                                              // or (definition, function, context)
 //     for (int32_t slot : formula.GetDependencies()) addInvalidatingEdge(slot);
 //
 // and on every read (no allocation, no text work):
@@ -65,6 +65,8 @@ public:
      *         int64_t"). Every other error is stored and thrown by the evaluations.
      */
     void Compile(const FormulaDefinition_t& definition, const FormulaResolver_t& resolver);
+    /// The same with a plain function as resolver (\a pResolve may be null: no variables).
+    void Compile(const FormulaDefinition_t& definition, FormulaResolveFunction_t pResolve, void* pContext);
 
     /// Whether Compile() has run.
     bool IsCompiled() const { return m_compiled; }

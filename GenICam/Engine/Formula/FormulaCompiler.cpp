@@ -4,6 +4,8 @@
 #include <cstring>
 #include <limits>
 #include <locale.h>
+#include <string>
+#include <utility>
 #include <vector>
 
 namespace GenApi
@@ -69,7 +71,7 @@ constexpr FunctionInfo_t kFunctions[] = {
     {"ROUND", EFormulaOp_t::Round, 2, false}, {"FRAC", EFormulaOp_t::Frac, 1, false},
 };
 
-bool EqualsIgnoringCase(const std::string& text, const char* upper)
+bool EqualsIgnoringCase(std::string_view text, const char* upper)
 {
     size_t i = 0;
     for (; i < text.size() && upper[i]; ++i)
@@ -83,11 +85,44 @@ bool EqualsIgnoringCase(const std::string& text, const char* upper)
     return i == text.size() && upper[i] == '\0';
 }
 
-const FunctionInfo_t* FindFunction(const std::string& name, EFormulaKind_t kind)
+// Up to eight letters of a name, upper-cased, packed into one word (0 when the name is longer or
+// holds anything but letters), so that a name is compared with a function name in one step.
+constexpr uint64_t PackUpper(std::string_view name)
 {
-    for (const FunctionInfo_t& function : kFunctions)
-        if ((function.integerToo || kind == EFormulaKind_t::Float) && EqualsIgnoringCase(name, function.name))
-            return &function;
+    if (name.empty() || name.size() > 8)
+        return 0;
+    uint64_t packed = 0;
+    for (char c : name)
+    {
+        if (c >= 'a' && c <= 'z')
+            c = static_cast<char>(c - 'a' + 'A');
+        else if (c < 'A' || c > 'Z')
+            return 0;
+        packed = (packed << 8) | static_cast<unsigned char>(c);
+    }
+    return packed;
+}
+
+const FunctionInfo_t* FindFunction(std::string_view name, EFormulaKind_t kind)
+{
+    // Function names have two to five letters; most variable names are skipped right here.
+    if (name.size() < 2 || name.size() > 5)
+        return nullptr;
+    static const struct PackedNames_t
+    {
+        uint64_t packed[sizeof(kFunctions) / sizeof(kFunctions[0])];
+        PackedNames_t()
+        {
+            for (size_t i = 0; i < sizeof(kFunctions) / sizeof(kFunctions[0]); ++i)
+                packed[i] = PackUpper(kFunctions[i].name);
+        }
+    } table;
+    const uint64_t packed = PackUpper(name);
+    if (packed == 0)
+        return nullptr;
+    for (size_t i = 0; i < sizeof(kFunctions) / sizeof(kFunctions[0]); ++i)
+        if (table.packed[i] == packed && (kFunctions[i].integerToo || kind == EFormulaKind_t::Float))
+            return &kFunctions[i];
     return nullptr;
 }
 
@@ -178,13 +213,43 @@ struct Token_t
     FormulaInstruction_t load;               // Operand
 };
 
+enum class EEntryKind_t : uint8_t
+{
+    Operator, // binary or prefix, popped by priority
+    LeftParen,
+    Call // a function's '(' (the function itself before the '(' arrives)
+};
+
+struct StackEntry_t
+{
+    EEntryKind_t kind;
+    EFormulaOp_t op;
+    int priority;
+    uint8_t maxArguments;
+    uint32_t arguments;
+};
+
+/// Working storage of one compilation, kept per thread so that a load of a thousand formulas
+/// does not grow fresh vectors for each.
+struct Scratch_t
+{
+    std::vector<Token_t> tokens;
+    std::vector<StackEntry_t> stack;
+    std::string upperName; // a long name token upper-cased for a schema-1.0 lookup
+    bool inUse = false;    // a compilation started from a lookup callback gets its own
+};
+
 class CCompilation
 {
 public:
-    CCompilation(const std::string& text, EFormulaKind_t kind, bool upperCaseNames,
-                 const CFormulaCompiler::NameLookup_t& lookup, FormulaProgram_t& program)
-        : m_text(text), m_kind(kind), m_upperCaseNames(upperCaseNames), m_lookup(lookup), m_program(program)
+    CCompilation(std::string_view text, EFormulaKind_t kind, bool upperCaseNames, CFormulaCompiler::NameLookup_t lookup,
+                 void* pLookupContext, FormulaProgram_t& program, Scratch_t& scratch)
+        : m_text(text), m_kind(kind), m_upperCaseNames(upperCaseNames), m_lookup(lookup),
+          m_pLookupContext(pLookupContext), m_program(program), m_tokens(scratch.tokens), m_stack(scratch.stack),
+          m_upperName(scratch.upperName)
     {
+        m_tokens.clear();
+        m_stack.clear();
     }
 
     void Run()
@@ -197,10 +262,10 @@ public:
     }
 
 private:
-    bool FailParse(const std::string& message)
+    bool FailParse(std::string message)
     {
         m_program.errorPhase = EFormulaErrorPhase_t::Parse;
-        m_program.errorMessage = message;
+        m_program.errorMessage = std::move(message);
         m_program.code.clear();
         return false;
     }
@@ -338,6 +403,8 @@ private:
             return FailParse(kBracketsError);
         if (m_tokens.empty())
             return FailParse(kInvalidFormula);
+        // Every token emits at most one instruction.
+        m_program.code.reserve(m_tokens.size());
         return true;
     }
 
@@ -396,12 +463,24 @@ private:
         return i;
     }
 
-    bool LexName(std::string name)
+    bool LexName(std::string_view name)
     {
+        char upper[64];
         if (m_upperCaseNames)
-            for (char& c : name)
-                if (c >= 'a' && c <= 'z')
-                    c = static_cast<char>(c - 'a' + 'A');
+        {
+            char* pUpper = upper;
+            if (name.size() > sizeof(upper))
+            {
+                m_upperName.resize(name.size());
+                pUpper = &m_upperName[0];
+            }
+            for (size_t i = 0; i < name.size(); ++i)
+            {
+                const char c = name[i];
+                pUpper[i] = c >= 'a' && c <= 'z' ? static_cast<char>(c - 'a' + 'A') : c;
+            }
+            name = std::string_view(pUpper, name.size());
+        }
         Token_t token;
         if (const FunctionInfo_t* function = FindFunction(name, m_kind))
         {
@@ -419,8 +498,8 @@ private:
             m_tokens.push_back(token);
             return true;
         }
-        if (!m_lookup || !m_lookup(name, token.load))
-            return FailParse("# " + name + " - Unknown function/variable!");
+        if (!m_lookup || !m_lookup(m_pLookupContext, name, token.load))
+            return FailParse("# " + std::string(name) + " - Unknown function/variable!");
         m_tokens.push_back(token);
         return true;
     }
@@ -439,22 +518,6 @@ private:
         Tilde,
         LeftParen,
         Comma
-    };
-
-    enum class EEntryKind_t : uint8_t
-    {
-        Operator, // binary or prefix, popped by priority
-        LeftParen,
-        Call // a function's '(' (the function itself before the '(' arrives)
-    };
-
-    struct StackEntry_t
-    {
-        EEntryKind_t kind;
-        EFormulaOp_t op;
-        int priority;
-        uint8_t maxArguments;
-        uint32_t arguments;
     };
 
     void Emit(EFormulaOp_t op)
@@ -682,25 +745,34 @@ private:
         return true;
     }
 
-    const std::string& m_text;
+    const std::string_view m_text;
     const EFormulaKind_t m_kind;
     const bool m_upperCaseNames;
-    const CFormulaCompiler::NameLookup_t& m_lookup;
+    const CFormulaCompiler::NameLookup_t m_lookup;
+    void* const m_pLookupContext;
     FormulaProgram_t& m_program;
-    std::vector<Token_t> m_tokens;
-    std::vector<StackEntry_t> m_stack;
+    std::vector<Token_t>& m_tokens;
+    std::vector<StackEntry_t>& m_stack;
+    std::string& m_upperName;
 };
 } // namespace
 
-FormulaProgram_t CFormulaCompiler::Compile(const std::string& text, const std::string& name,
-                                           EFormulaKind_t kind, bool upperCaseNames,
-                                           const NameLookup_t& lookup)
+void CFormulaCompiler::Compile(std::string_view text, EFormulaKind_t kind, bool upperCaseNames, NameLookup_t lookup,
+                               void* pContext, FormulaProgram_t& program)
 {
-    FormulaProgram_t program;
-    program.text = text;
-    program.name = name;
-    CCompilation(text, kind, upperCaseNames, lookup, program).Run();
-    return program;
+    static thread_local Scratch_t t_scratch;
+    Scratch_t local;
+    Scratch_t& scratch = t_scratch.inUse ? local : t_scratch;
+    scratch.inUse = true;
+    struct Release_t
+    {
+        Scratch_t& scratch;
+        ~Release_t() { scratch.inUse = false; }
+    } release{scratch};
+    program.code.clear();
+    program.errorPhase = EFormulaErrorPhase_t::None;
+    program.errorMessage.clear();
+    CCompilation(text, kind, upperCaseNames, lookup, pContext, program, scratch).Run();
 }
 } // namespace Engine
 } // namespace GenApi

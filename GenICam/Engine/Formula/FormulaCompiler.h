@@ -1,7 +1,6 @@
 #pragma once
 
-#include <functional>
-#include <string>
+#include <string_view>
 
 #include "Engine/Formula/FormulaProgram.h"
 #include "Engine/Formula/FormulaTypes.h"
@@ -17,22 +16,24 @@ namespace Engine
  * lexer (numbers, names, operators; unknown names, stray characters and unbalanced brackets are
  * parse errors) and the structure pass (signs, precedence, function calls; errors there are
  * evaluation errors). A failed compilation leaves an empty program with the error stored.
+ * Descriptions hold a thousand formulas or more, so the token and operator stacks are kept per
+ * thread between calls and names are looked up as views into the text.
  */
 class CFormulaCompiler
 {
 public:
     /// Fills `load` with the instruction that reads `name` (LoadSlot, LoadInput, LoadExpression
     /// or PushLiteral); false if the name is unknown. Functions and PI / E are handled before.
-    using NameLookup_t = std::function<bool(const std::string& name, FormulaInstruction_t& load)>;
+    /// `name` is a view into the formula text (or into an upper-cased copy), valid for the call.
+    using NameLookup_t = bool (*)(void* pContext, std::string_view name, FormulaInstruction_t& load);
 
     /**
-     * \brief Compiles `text`.
+     * \brief Compiles `text` into `program` (code, depths, error); the caller sets its name and text.
      * \param[in] upperCaseNames Upper-case name tokens before looking them up (schema 1.0).
-     * \return The program, or an empty one with errorPhase and errorMessage set.
+     * \param[in] lookup, pContext Resolve names; called during this call only.
      */
-    static FormulaProgram_t Compile(const std::string& text, const std::string& name,
-                                    EFormulaKind_t kind, bool upperCaseNames,
-                                    const NameLookup_t& lookup);
+    static void Compile(std::string_view text, EFormulaKind_t kind, bool upperCaseNames, NameLookup_t lookup,
+                        void* pContext, FormulaProgram_t& program);
 };
 } // namespace Engine
 } // namespace GenApi

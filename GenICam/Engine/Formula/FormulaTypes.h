@@ -3,6 +3,7 @@
 #include <cstdint>
 #include <functional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include <Base/GCLinkage.h>
@@ -69,6 +70,12 @@ constexpr int32_t kUnknownFormulaSlot = -1;
  * throws: the reference reports those at the first evaluation, not at load.
  */
 using FormulaResolver_t = std::function<int32_t(const std::string& name, EFormulaKind_t kind)>;
+
+/**
+ * \brief FormulaResolver_t as a plain function and a context pointer: what the engine uses, as it
+ *        costs no std::function call and no std::string per name. `name` is valid during the call.
+ */
+using FormulaResolveFunction_t = int32_t (*)(void* pContext, std::string_view name, EFormulaKind_t kind);
 
 /**
  * \brief Supplies slot values while a formula is evaluated.

@@ -1,6 +1,5 @@
 #include "Engine/Load/XmlLoader.h"
 
-#include <cctype>
 #include <cstring>
 #include <sstream>
 #include <unordered_map>
@@ -44,7 +43,7 @@ bool Is(const pugi::xml_node& node, const char* name)
 // Reference elements are p + an upper-case letter: pValue, pFeature, pInvalidator, ...
 bool IsReferenceElement(const char* name)
 {
-    return name[0] == 'p' && std::isupper(static_cast<unsigned char>(name[1]));
+    return name[0] == 'p' && name[1] >= 'A' && name[1] <= 'Z';
 }
 
 std::unique_ptr<CNode> CreateNode(ENodeKind_t kind, CNodeMapImpl* pMap, std::string_view name)
@@ -157,7 +156,9 @@ public:
             if (child.type() != pugi::node_element)
                 continue;
             const char* name = child.name();
-            if (kind == ENodeKind_t::Enumeration && Is(child, "EnumEntry"))
+            if (IsReferenceElement(name))
+                NoteReference(child);
+            else if (kind == ENodeKind_t::Enumeration && name[0] == 'E' && Is(child, "EnumEntry"))
             {
                 const std::string_view storedEntry(child.attribute("Name").value());
                 const std::string fullName = std::string("EnumEntry_") + std::string(pNode->Name()) + "_" + std::string(storedEntry);
@@ -166,10 +167,8 @@ public:
                        std::make_unique<CEnumEntryNode>(&m_map, storedFull, storedEntry));
                 ScanReferences(child);
             }
-            else if (Is(child, "IntSwissKnife") && child.attribute("Name"))
+            else if (name[0] == 'I' && Is(child, "IntSwissKnife") && child.attribute("Name"))
                 Nested(child, [&] { Scan(child, ENodeKind_t::IntSwissKnife); });
-            else if (IsReferenceElement(name))
-                NoteReference(child);
         }
     }
 
@@ -202,8 +201,9 @@ public:
     void NoteReference(const pugi::xml_node& reference)
     {
         m_map.ReserveOrder(CNodeBuilder::TrimmedView(reference.text().get()));
-        if (pugi::xml_attribute pOffset = reference.attribute("pOffset"))
-            m_map.ReserveOrder(CNodeBuilder::TrimmedView(pOffset.value()));
+        if (reference.first_attribute()) // only pIndex has one (pOffset), and rarely
+            if (pugi::xml_attribute pOffset = reference.attribute("pOffset"))
+                m_map.ReserveOrder(CNodeBuilder::TrimmedView(pOffset.value()));
     }
 
     void ScanChildren(const pugi::xml_node& parent)
@@ -265,17 +265,16 @@ private:
 };
 
 // Caching modes depend on children: resolve them children first, a cycle counting as WriteThrough.
+// Each node's load mark holds its state: 0 not seen, 1 resolving, 2 done.
 void ResolveCachingModes(const std::vector<std::unique_ptr<CNode>>& nodes)
 {
-    std::unordered_map<CNode*, uint8_t> state; // 1 resolving, 2 done
-    state.reserve(nodes.size());
     std::vector<std::pair<CNode*, size_t>> stack;
     for (const std::unique_ptr<CNode>& pRoot : nodes)
     {
-        if (state[pRoot.get()] == 2)
+        if (pRoot->m_loadMark == 2)
             continue;
         stack.push_back({pRoot.get(), 0});
-        state[pRoot.get()] = 1;
+        pRoot->m_loadMark = 1;
         while (!stack.empty())
         {
             CNode* pNode = stack.back().first;
@@ -284,19 +283,20 @@ void ResolveCachingModes(const std::vector<std::unique_ptr<CNode>>& nodes)
             if (next < children.size())
             {
                 CNode* pChild = children[next++];
-                uint8_t& childState = state[pChild];
-                if (childState == 0)
+                if (pChild->m_loadMark == 0)
                 {
-                    childState = 1;
+                    pChild->m_loadMark = 1;
                     stack.push_back({pChild, 0});
                 }
                 continue;
             }
             pNode->SetCachingMode(pNode->ComputeCachingModeLocked());
-            state[pNode] = 2;
+            pNode->m_loadMark = 2;
             stack.pop_back();
         }
     }
+    for (const std::unique_ptr<CNode>& pNode : nodes)
+        pNode->m_loadMark = 0;
 }
 
 // A node forwarding its value to itself through pValue chains can never be read.
@@ -304,16 +304,15 @@ void CheckForwardingCycles(const std::vector<std::unique_ptr<CNode>>& nodes, CLo
 {
     // Each node forwards to at most one other, so one walk per chain is linear overall: a walk
     // stops at a node an earlier walk reached, and a cycle is a node met twice in the same walk.
-    std::unordered_map<const CNode*, size_t> walkOf; // node -> 1 + index of the walk that reached it
-    walkOf.reserve(nodes.size());
+    // A node's load mark is 1 + the index of the walk that reached it (0: none yet).
     for (size_t i = 0; i < nodes.size(); ++i)
     {
         if (!nodes[i]->ForwardsTo())
             continue; // most nodes: nothing to walk
-        const size_t walk = i + 1;
-        for (const CNode* pNode = nodes[i].get(); pNode; pNode = pNode->ForwardsTo())
+        const uint32_t walk = static_cast<uint32_t>(i + 1);
+        for (CNode* pNode = nodes[i].get(); pNode; pNode = pNode->ForwardsTo())
         {
-            size_t& seen = walkOf[pNode];
+            uint32_t& seen = pNode->m_loadMark;
             if (seen == walk)
             {
                 const std::string name(nodes[i]->Name());
@@ -325,6 +324,8 @@ void CheckForwardingCycles(const std::vector<std::unique_ptr<CNode>>& nodes, CLo
             seen = walk;
         }
     }
+    for (const std::unique_ptr<CNode>& pNode : nodes)
+        pNode->m_loadMark = 0;
 }
 
 void MarkFeatures(CNodeMapImpl& map)
@@ -332,17 +333,20 @@ void MarkFeatures(CNodeMapImpl& map)
     CNode* pRoot = map.FindNode("Root");
     if (!pRoot)
         return;
+    // The feature flag marks what was visited.
     std::vector<CNode*> stack{pRoot};
-    std::unordered_set<CNode*> seen{pRoot};
+    pRoot->SetIsFeature();
     while (!stack.empty())
     {
         CNode* pNode = stack.back();
         stack.pop_back();
-        pNode->SetIsFeature();
         if (pNode->Kind() == ENodeKind_t::Category)
             for (CNode* pFeature : static_cast<CCategoryNode*>(pNode)->Features())
-                if (seen.insert(pFeature).second)
+                if (!pFeature->IsFeature())
+                {
+                    pFeature->SetIsFeature();
                     stack.push_back(pFeature);
+                }
     }
 }
 

@@ -44,9 +44,7 @@ void CFormulaBinding::Compile(CNode* pOwner, CNodeBuilder& builder, Engine::CFor
     definition.inputName = inputName;
     try
     {
-        formula.Compile(definition, [this](const std::string& name, Engine::EFormulaKind_t slotKind) {
-            return Resolve(name, slotKind);
-        });
+        formula.Compile(definition, &CFormulaBinding::ResolveSlot, this);
     }
     catch (const GenICam::GenericException& error)
     {
@@ -54,12 +52,17 @@ void CFormulaBinding::Compile(CNode* pOwner, CNodeBuilder& builder, Engine::CFor
     }
 }
 
-int32_t CFormulaBinding::Resolve(const std::string& name, Engine::EFormulaKind_t kind)
+int32_t CFormulaBinding::ResolveSlot(void* pContext, std::string_view name, Engine::EFormulaKind_t kind)
 {
-    std::string base = name;
-    std::string suffix;
+    return static_cast<CFormulaBinding*>(pContext)->Resolve(name, kind);
+}
+
+int32_t CFormulaBinding::Resolve(std::string_view name, Engine::EFormulaKind_t kind)
+{
+    std::string_view base = name;
+    std::string_view suffix;
     const size_t dot = name.find('.');
-    if (dot != std::string::npos)
+    if (dot != std::string_view::npos)
     {
         base = name.substr(0, dot);
         suffix = name.substr(dot + 1);
@@ -70,7 +73,7 @@ int32_t CFormulaBinding::Resolve(const std::string& name, Engine::EFormulaKind_t
             pNode = variable.second;
     if (!pNode)
         return Engine::kUnknownFormulaSlot;
-    Slot_t slot{pNode, ESlotKind_t::Value, kind, nullptr, name, std::string()};
+    Slot_t slot{pNode, ESlotKind_t::Value, kind, nullptr, std::string(), std::string()};
     if (suffix.empty() || suffix == "Value")
         slot.kind = ESlotKind_t::Value;
     else if (suffix == "Min")
@@ -87,22 +90,34 @@ int32_t CFormulaBinding::Resolve(const std::string& name, Engine::EFormulaKind_t
         slot.kind = ESlotKind_t::CachingMode;
     else if (suffix.compare(0, 6, "Entry.") == 0)
     {
-        slot.entry = suffix.substr(6);
+        const std::string_view entry = suffix.substr(6);
         CEnumerationNode* pEnumeration = dynamic_cast<CEnumerationNode*>(pNode);
         if (!pEnumeration)
             slot.kind = ESlotKind_t::NotEnumeration;
-        else if ((slot.pEntry = pEnumeration->FindEntryNode(slot.entry)) != nullptr)
+        else if ((slot.pEntry = pEnumeration->FindEntryNode(std::string(entry))) != nullptr)
             slot.kind = ESlotKind_t::Entry;
         else
             slot.kind = ESlotKind_t::MissingEntry;
+        if (!slot.pEntry)
+        {
+            // Only reads of these throw, naming what the formula asked for.
+            slot.name.assign(name.data(), name.size());
+            slot.entry.assign(entry.data(), entry.size());
+        }
     }
     else
         return Engine::kUnknownFormulaSlot;
-    // The same name read by the same arithmetic shares one slot.
+    if (m_slots.empty())
+        m_slots.reserve(m_variables.size()); // usually one slot per variable
+    // The same variable read the same way by the same arithmetic shares one slot.
     for (size_t i = 0; i < m_slots.size(); ++i)
-        if (m_slots[i].name == name && m_slots[i].formulaKind == kind)
+    {
+        const Slot_t& existing = m_slots[i];
+        if (existing.pNode == slot.pNode && existing.kind == slot.kind && existing.formulaKind == kind &&
+            existing.pEntry == slot.pEntry && existing.name == slot.name)
             return static_cast<int32_t>(i);
-    m_slots.push_back(slot);
+    }
+    m_slots.push_back(std::move(slot));
     return static_cast<int32_t>(m_slots.size() - 1);
 }
 

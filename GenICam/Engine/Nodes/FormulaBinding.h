@@ -57,10 +57,11 @@ private:
         ESlotKind_t kind;
         Engine::EFormulaKind_t formulaKind;
         CNode* pEntry;     // Entry: the enum entry
-        std::string name;  // the name as written, for error texts
-        std::string entry; // the entry name asked for
+        std::string name;  // MissingEntry, NotEnumeration: the name as written, for the error text
+        std::string entry; // MissingEntry, NotEnumeration: the entry name asked for
     };
-    int32_t Resolve(const std::string& name, Engine::EFormulaKind_t kind);
+    static int32_t ResolveSlot(void* pContext, std::string_view name, Engine::EFormulaKind_t kind);
+    int32_t Resolve(std::string_view name, Engine::EFormulaKind_t kind);
 
     std::vector<std::pair<std::string_view, CNode*>> m_variables;
     std::vector<Engine::FormulaSymbol_t> m_symbols;

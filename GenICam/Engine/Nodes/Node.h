@@ -253,5 +253,6 @@ protected:
 public:
     uint32_t m_walkEpoch = 0;   // last invalidation walk that visited this node
     uint32_t m_notifyEpoch = 0; // last callback scope that queued this node
+    uint32_t m_loadMark = 0;    // the loader's scratch mark (cycle check, caching-mode order); 0 after loading
 };
 } // namespace GenApi

@@ -366,3 +366,36 @@ TEST_F(FormulaFixture, UncompiledFormulaRefusesToEvaluate)
     EXPECT_THROW(formula.Evaluate(nodes), GenICam::LogicalErrorException);
 }
 } // namespace
+
+TEST_F(FormulaFixture, PlainFunctionResolverAsksForTheSameNames)
+{
+    // The engine's resolver: a function and a context instead of a std::function.
+    struct Context_t
+    {
+        CFakeFormulaNodes* pNodes;
+        std::vector<std::string> asked;
+    } context{&nodes, {}};
+    const auto resolve = [](void* pContext, std::string_view name, EFormulaKind_t kind) {
+        Context_t& c = *static_cast<Context_t*>(pContext);
+        c.asked.emplace_back(name);
+        return c.pNodes->Resolve(std::string(name), kind);
+    };
+    FormulaDefinition_t definition;
+    definition.nodeName = "K";
+    definition.formula = "a + B*SGN(c) + LongVariableNameWellBeyondSixtyFourCharactersSoThatItNeedsTheHeapCopy";
+    definition.upperCaseNames = true;
+    nodes.AddVariable("LONGVARIABLENAMEWELLBEYONDSIXTYFOURCHARACTERSSOTHATITNEEDSTHEHEAPCOPY", FakeNode_t::Int(10));
+    CFormula formula;
+    formula.Compile(definition, resolve, &context);
+    EXPECT_EQ(formula.EvaluateInteger(nodes), 2 + 3 * 1 + 10);
+    EXPECT_THAT(context.asked, ElementsAre("A", "B", "C", "LONGVARIABLENAMEWELLBEYONDSIXTYFOURCHARACTERSSOTHATITNEEDSTHEHEAPCOPY"));
+
+    // No resolver: every variable is unknown, literals still work.
+    CFormula literal;
+    definition.formula = "2*3";
+    literal.Compile(definition, nullptr, nullptr);
+    EXPECT_EQ(literal.EvaluateInteger(nodes), 6);
+    definition.formula = "2*A";
+    literal.Compile(definition, nullptr, nullptr);
+    EXPECT_EQ(ErrorOf(literal), "K : Failed to parse formula '2*A' : error message is '# A - Unknown function/variable!'");
+}

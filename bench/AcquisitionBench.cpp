@@ -1,0 +1,387 @@
+// Acquisition through the SDK beside the raw GenTL loop on the same producer, in the same run.
+//
+// Throughput (frame rate off): frames per second and consumer CPU time per frame through
+// RetrieveBuffer()/Release(), and through EventGetData()/DSQueueBuffer() on a stream opened
+// with raw GenTL calls on the same camera, at 640x480 and 4096x3000 Mono8. Consumer CPU is
+// the CPU time of the threads that receive frames: the benchmark thread, plus for the SDK its
+// new-buffer listener thread (the producer's rendering thread is not counted).
+//
+// Latency (frames paced at 1000 Hz): from the buffer's timestamp to the return of
+// RetrieveBuffer() (or EventGetData() for the raw loop), as p50/p99/p99.9 in microseconds.
+// libqvgentl.cti takes the timestamp on the steady clock when it starts a frame, before it
+// renders the image; its epoch is found with the camera's TimestampLatch. The latency thus
+// includes rendering (negligible at 64x8) and the raw loop shows the producer's own share.
+#include <dlfcn.h>
+#include <sys/syscall.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <atomic>
+#include <chrono>
+#include <cstdio>
+#include <fstream>
+#include <stdexcept>
+#include <string>
+#include <vector>
+
+#include <benchmark/benchmark.h>
+
+#include <GenApi/GenApi.h>
+#include <GenTL/GenTL.h>
+#include <QvApi_TL.h>
+
+#include "QvApi_TL/QvDeviceInside.h"
+#include "ScopedEnvironment.h"
+#include "tests/QvApi_TL/Acquisition/AcquisitionTestSupport.h"
+
+using namespace QvApi;
+using namespace QvAcquisitionTest;
+
+namespace
+{
+constexpr size_t kBufferCount = 8;
+using Clock = std::chrono::steady_clock;
+
+int64_t NowNs()
+{
+    return std::chrono::duration_cast<std::chrono::nanoseconds>(Clock::now().time_since_epoch()).count();
+}
+
+pid_t ThreadId()
+{
+    return static_cast<pid_t>(syscall(SYS_gettid));
+}
+
+/// CPU time in ns a thread of this process has run (scheduler statistics).
+int64_t ThreadCpuNs(pid_t tid)
+{
+    std::ifstream file("/proc/self/task/" + std::to_string(tid) + "/schedstat");
+    int64_t runNs = 0;
+    file >> runNs;
+    return runNs;
+}
+
+/// One camera of libqvgentl.cti opened through the SDK, Mono8 at the given size.
+class CBenchCamera
+{
+public:
+    CBenchCamera(int64_t width, int64_t height, double frameRateHz)
+        : m_environment("QVGENTL_VIRTUAL", "GEV:1@4096x3000"), m_session(QvInterfaceType_GigEVision)
+    {
+        m_pDevice = m_session.Device(0);
+        SetEnum(m_pDevice, "PixelFormat", "Mono8");
+        SetInteger(m_pDevice, "Width", width);
+        SetInteger(m_pDevice, "Height", height);
+        PaceCamera(m_pDevice, frameRateHz, "GreyDiagonalRampMoving");
+    }
+    IQvDeviceReleasable* Device() { return m_pDevice; }
+    /// Steady-clock ns of the camera's timestamp 0, found with TimestampLatch.
+    int64_t TimestampEpochNs()
+    {
+        int64_t best = INT64_MAX;
+        int64_t epoch = 0;
+        for (int i = 0; i < 20; ++i)
+        {
+            const int64_t before = NowNs();
+            Execute(m_pDevice, "TimestampLatch");
+            const int64_t after = NowNs();
+            const int64_t latched = GetInteger(m_pDevice, "TimestampLatchValue");
+            if (after - before < best)
+            {
+                best = after - before;
+                epoch = before + (after - before) / 2 - latched;
+            }
+        }
+        return epoch;
+    }
+
+private:
+    QvTest::CScopedEnvironment m_environment;
+    CCameraSession m_session;
+    IQvDeviceReleasable* m_pDevice = nullptr;
+};
+
+/// A stream of the same camera driven with raw GenTL calls from the producer the SDK loaded.
+class CRawStream
+{
+public:
+    explicit CRawStream(IQvDevice* pDevice)
+    {
+        void* library = dlopen("libqvgentl.cti", RTLD_NOW | RTLD_NOLOAD);
+        if (library == nullptr)
+        {
+            const char* folder = getenv("GENICAM_GENTL64_PATH");
+            library = dlopen((std::string(folder != nullptr ? folder : ".") + "/libqvgentl.cti").c_str(),
+                             RTLD_NOW | RTLD_NOLOAD);
+        }
+        if (library == nullptr)
+            throw std::runtime_error("libqvgentl.cti is not loaded");
+        auto resolve = [&](auto& entry, const char* name) {
+            entry = reinterpret_cast<std::remove_reference_t<decltype(entry)>>(dlsym(library, name));
+            if (entry == nullptr)
+                throw std::runtime_error(std::string("missing ") + name);
+        };
+        resolve(DevOpenDataStream, "DevOpenDataStream");
+        resolve(DSGetInfo, "DSGetInfo");
+        resolve(DSGetBufferInfo, "DSGetBufferInfo");
+        resolve(DSAllocAndAnnounceBuffer, "DSAllocAndAnnounceBuffer");
+        resolve(DSQueueBuffer, "DSQueueBuffer");
+        resolve(DSStartAcquisition, "DSStartAcquisition");
+        resolve(DSStopAcquisition, "DSStopAcquisition");
+        resolve(DSFlushQueue, "DSFlushQueue");
+        resolve(DSRevokeBuffer, "DSRevokeBuffer");
+        resolve(DSClose, "DSClose");
+        resolve(GCRegisterEvent, "GCRegisterEvent");
+        resolve(GCUnregisterEvent, "GCUnregisterEvent");
+        resolve(EventGetData, "EventGetData");
+        dlclose(library);
+
+        GenTL::DEV_HANDLE hDevice = dynamic_cast<IQvDeviceInside*>(pDevice)->GetDeviceHandle();
+        Check(DevOpenDataStream(hDevice, "Stream0", &m_hStream), "DevOpenDataStream");
+        GenTL::INFO_DATATYPE type;
+        size_t payload = 0;
+        size_t size = sizeof(payload);
+        Check(DSGetInfo(m_hStream, GenTL::STREAM_INFO_PAYLOAD_SIZE, &type, &payload, &size), "DSGetInfo");
+        for (size_t i = 0; i < kBufferCount; ++i)
+        {
+            GenTL::BUFFER_HANDLE hBuffer = nullptr;
+            Check(DSAllocAndAnnounceBuffer(m_hStream, payload, nullptr, &hBuffer), "DSAllocAndAnnounceBuffer");
+            Check(DSQueueBuffer(m_hStream, hBuffer), "DSQueueBuffer");
+            m_buffers.push_back(hBuffer);
+        }
+        Check(GCRegisterEvent(m_hStream, GenTL::EVENT_NEW_BUFFER, &m_hNewBuffer), "GCRegisterEvent");
+        Check(DSStartAcquisition(m_hStream, GenTL::ACQ_START_FLAGS_DEFAULT, GENTL_INFINITE), "DSStartAcquisition");
+    }
+    ~CRawStream()
+    {
+        DSStopAcquisition(m_hStream, GenTL::ACQ_STOP_FLAGS_KILL);
+        DSFlushQueue(m_hStream, GenTL::ACQ_QUEUE_ALL_DISCARD);
+        for (GenTL::BUFFER_HANDLE hBuffer : m_buffers)
+            DSRevokeBuffer(m_hStream, hBuffer, nullptr, nullptr);
+        GCUnregisterEvent(m_hStream, GenTL::EVENT_NEW_BUFFER);
+        DSClose(m_hStream);
+    }
+    /// Waits for the next frame. \return Its buffer (queue it again with Queue()).
+    GenTL::BUFFER_HANDLE Next()
+    {
+        GenTL::EVENT_NEW_BUFFER_DATA data;
+        size_t size = sizeof(data);
+        Check(EventGetData(m_hNewBuffer, &data, &size, 5000), "EventGetData");
+        return data.BufferHandle;
+    }
+    void Queue(GenTL::BUFFER_HANDLE hBuffer) { Check(DSQueueBuffer(m_hStream, hBuffer), "DSQueueBuffer"); }
+    uint64_t TimestampNs(GenTL::BUFFER_HANDLE hBuffer)
+    {
+        GenTL::INFO_DATATYPE type;
+        uint64_t value = 0;
+        size_t size = sizeof(value);
+        Check(DSGetBufferInfo(m_hStream, hBuffer, GenTL::BUFFER_INFO_TIMESTAMP_NS, &type, &value, &size), "DSGetBufferInfo");
+        return value;
+    }
+
+private:
+    static void Check(GenTL::GC_ERROR err, const char* call)
+    {
+        if (err != GenTL::GC_ERR_SUCCESS)
+            throw std::runtime_error(std::string(call) + " failed: " + std::to_string(err));
+    }
+    GenTL::PDevOpenDataStream DevOpenDataStream;
+    GenTL::PDSGetInfo DSGetInfo;
+    GenTL::PDSGetBufferInfo DSGetBufferInfo;
+    GenTL::PDSAllocAndAnnounceBuffer DSAllocAndAnnounceBuffer;
+    GenTL::PDSQueueBuffer DSQueueBuffer;
+    GenTL::PDSStartAcquisition DSStartAcquisition;
+    GenTL::PDSStopAcquisition DSStopAcquisition;
+    GenTL::PDSFlushQueue DSFlushQueue;
+    GenTL::PDSRevokeBuffer DSRevokeBuffer;
+    GenTL::PDSClose DSClose;
+    GenTL::PGCRegisterEvent GCRegisterEvent;
+    GenTL::PGCUnregisterEvent GCUnregisterEvent;
+    GenTL::PEventGetData EventGetData;
+    GenTL::DS_HANDLE m_hStream = nullptr;
+    GenTL::EVENT_HANDLE m_hNewBuffer = nullptr;
+    std::vector<GenTL::BUFFER_HANDLE> m_buffers;
+};
+
+/// Learns the thread id of the stream's new-buffer listener from one callback.
+class CListenerThreadProbe : public IQvCallback
+{
+public:
+    void Invoke(IQvCallbackParamBase*) override { m_tid.store(ThreadId()); }
+    void Release() override {}
+    std::atomic<pid_t> m_tid{0};
+};
+
+void SetThroughputCounters(benchmark::State& state, int64_t frames, double seconds, int64_t consumerCpuNs)
+{
+    state.SetItemsProcessed(frames);
+    state.counters["fps"] = benchmark::Counter(static_cast<double>(frames) / seconds);
+    state.counters["consumer_cpu_us_per_frame"] = benchmark::Counter(consumerCpuNs / 1000.0 / frames);
+}
+
+void SetLatencyCounters(benchmark::State& state, std::vector<int64_t>& latencies)
+{
+    std::sort(latencies.begin(), latencies.end());
+    auto at = [&](double q) {
+        return latencies[std::min(latencies.size() - 1, static_cast<size_t>(q * latencies.size()))] / 1000.0;
+    };
+    state.counters["p50_us"] = at(0.5);
+    state.counters["p99_us"] = at(0.99);
+    state.counters["p999_us"] = at(0.999);
+    state.counters["samples"] = static_cast<double>(latencies.size());
+}
+
+void BM_SdkRetrieve(benchmark::State& state)
+{
+    try
+    {
+        CBenchCamera camera(state.range(0), state.range(1), 0.0);
+        CIQvDataStreamPtr stream(camera.Device()->CreateIQvDataStream(0, nullptr));
+        stream->SetStreamBufferCount(kBufferCount);
+        CListenerThreadProbe probe;
+        void* hProbe = stream->RegisterCallback(&probe);
+        stream->StartAcquisition();
+        camera.Device()->AcquisitionStart();
+        for (int i = 0; i < 16; ++i)
+            stream->RetrieveBuffer(5000, QvTimeoutHandling_Throw)->Release();
+        stream->DeregisterCallback(hProbe); // measured without callbacks
+        const pid_t self = ThreadId();
+        const pid_t listener = probe.m_tid.load();
+        const int64_t cpuBefore = ThreadCpuNs(self) + ThreadCpuNs(listener);
+        const auto started = Clock::now();
+        int64_t frames = 0;
+        for (auto _ : state)
+        {
+            stream->RetrieveBuffer(5000, QvTimeoutHandling_Throw)->Release();
+            ++frames;
+        }
+        const double seconds = std::chrono::duration<double>(Clock::now() - started).count();
+        SetThroughputCounters(state, frames, seconds, ThreadCpuNs(self) + ThreadCpuNs(listener) - cpuBefore);
+        camera.Device()->AcquisitionStop();
+        stream->StopAcquisition();
+    }
+    catch (const GenICam::GenericException& e)
+    {
+        state.SkipWithError(e.GetDescription());
+    }
+    catch (const std::exception& e)
+    {
+        state.SkipWithError(e.what());
+    }
+}
+
+void BM_RawLoop(benchmark::State& state)
+{
+    try
+    {
+        CBenchCamera camera(state.range(0), state.range(1), 0.0);
+        CRawStream raw(camera.Device());
+        camera.Device()->AcquisitionStart();
+        for (int i = 0; i < 16; ++i)
+            raw.Queue(raw.Next());
+        const pid_t self = ThreadId();
+        const int64_t cpuBefore = ThreadCpuNs(self);
+        const auto started = Clock::now();
+        int64_t frames = 0;
+        for (auto _ : state)
+        {
+            raw.Queue(raw.Next());
+            ++frames;
+        }
+        const double seconds = std::chrono::duration<double>(Clock::now() - started).count();
+        SetThroughputCounters(state, frames, seconds, ThreadCpuNs(self) - cpuBefore);
+        camera.Device()->AcquisitionStop();
+    }
+    catch (const GenICam::GenericException& e)
+    {
+        state.SkipWithError(e.GetDescription());
+    }
+    catch (const std::exception& e)
+    {
+        state.SkipWithError(e.what());
+    }
+}
+
+void BM_SdkLatency(benchmark::State& state)
+{
+    try
+    {
+        CBenchCamera camera(state.range(0), state.range(1), 1000.0);
+        const int64_t epoch = camera.TimestampEpochNs();
+        CIQvDataStreamPtr stream(camera.Device()->CreateIQvDataStream(0, nullptr));
+        stream->SetStreamBufferCount(kBufferCount);
+        stream->StartAcquisition();
+        camera.Device()->AcquisitionStart();
+        for (int i = 0; i < 16; ++i)
+            stream->RetrieveBuffer(5000, QvTimeoutHandling_Throw)->Release();
+        std::vector<int64_t> latencies;
+        latencies.reserve(static_cast<size_t>(state.max_iterations));
+        for (auto _ : state)
+        {
+            IQvStreamBufferReleasable* pBuffer = stream->RetrieveBuffer(5000, QvTimeoutHandling_Throw);
+            const int64_t returned = NowNs();
+            latencies.push_back(returned - epoch -
+                                static_cast<int64_t>(pBuffer->GetIQvStreamBufferInfo()->GetTimestampNS()));
+            pBuffer->Release();
+        }
+        SetLatencyCounters(state, latencies);
+        camera.Device()->AcquisitionStop();
+        stream->StopAcquisition();
+    }
+    catch (const GenICam::GenericException& e)
+    {
+        state.SkipWithError(e.GetDescription());
+    }
+    catch (const std::exception& e)
+    {
+        state.SkipWithError(e.what());
+    }
+}
+
+void BM_RawLatency(benchmark::State& state)
+{
+    try
+    {
+        CBenchCamera camera(state.range(0), state.range(1), 1000.0);
+        const int64_t epoch = camera.TimestampEpochNs();
+        CRawStream raw(camera.Device());
+        camera.Device()->AcquisitionStart();
+        for (int i = 0; i < 16; ++i)
+            raw.Queue(raw.Next());
+        std::vector<int64_t> latencies;
+        latencies.reserve(static_cast<size_t>(state.max_iterations));
+        for (auto _ : state)
+        {
+            GenTL::BUFFER_HANDLE hBuffer = raw.Next();
+            const int64_t returned = NowNs();
+            latencies.push_back(returned - epoch - static_cast<int64_t>(raw.TimestampNs(hBuffer)));
+            raw.Queue(hBuffer);
+        }
+        SetLatencyCounters(state, latencies);
+        camera.Device()->AcquisitionStop();
+    }
+    catch (const GenICam::GenericException& e)
+    {
+        state.SkipWithError(e.GetDescription());
+    }
+    catch (const std::exception& e)
+    {
+        state.SkipWithError(e.what());
+    }
+}
+} // namespace
+
+BENCHMARK(BM_RawLoop)->Args({640, 480})->Args({4096, 3000})->UseRealTime()->Unit(benchmark::kMicrosecond)->MinTime(2.0);
+BENCHMARK(BM_SdkRetrieve)->Args({640, 480})->Args({4096, 3000})->UseRealTime()->Unit(benchmark::kMicrosecond)->MinTime(2.0);
+BENCHMARK(BM_RawLatency)->Args({64, 8})->Args({640, 480})->Iterations(5000)->UseRealTime()->Unit(benchmark::kMicrosecond);
+BENCHMARK(BM_SdkLatency)->Args({64, 8})->Args({640, 480})->Iterations(5000)->UseRealTime()->Unit(benchmark::kMicrosecond);
+
+int main(int argc, char** argv)
+{
+    QvApi::QvApiInitialize(QVAPI_VERSION);
+    benchmark::Initialize(&argc, argv);
+    benchmark::RunSpecifiedBenchmarks();
+    benchmark::Shutdown();
+    QvApi::QvApiTerminate();
+    return 0;
+}

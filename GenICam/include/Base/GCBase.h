@@ -7,3 +7,4 @@
 #include <Base/GCStringVector.h>
 #include <Base/GCException.h>
 #include <Base/GCSynch.h>
+#include <Base/GCUtilities.h>

@@ -13,6 +13,7 @@
 #include <GenApi/IDeviceInfo.h>
 #include <GenApi/IEnumEntry.h>
 #include <GenApi/IEnumeration.h>
+#include <GenApi/IEnumerationT.h>
 #include <GenApi/IFloat.h>
 #include <GenApi/IInteger.h>
 #include <GenApi/ILoadWarnings.h>
@@ -20,6 +21,8 @@
 #include <GenApi/INodeMap.h>
 #include <GenApi/IPort.h>
 #include <GenApi/IPortConstruct.h>
+#include <GenApi/IPortRecorder.h>
+#include <GenApi/IPortStacked.h>
 #include <GenApi/IRegister.h>
 #include <GenApi/ISelector.h>
 #include <GenApi/IString.h>
@@ -28,6 +31,7 @@
 #include <GenApi/NodeMapFactory.h>
 #include <GenApi/NodeMapRef.h>
 #include <GenApi/Pointer.h>
+#include <GenApi/Reference.h>
 #include <GenApi/Synch.h>
 #include <GenApi/Types.h>
 #if __has_include(<GenApi/Persistence.h>)

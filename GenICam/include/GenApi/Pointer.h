@@ -34,6 +34,11 @@ class CPointer
 public:
     CPointer() noexcept : m_pT(nullptr) {}
     CPointer(B* pB) : m_pT(dynamic_cast<T*>(pB)) {}
+    /// Points at the T interface of the node another pointer points at (invalid stays invalid).
+    template <class T2, class B2>
+    CPointer(const CPointer<T2, B2>& other) : m_pT(other.IsValid() ? dynamic_cast<T*>(other.operator->()) : nullptr)
+    {
+    }
     virtual ~CPointer() = default;
 
     /// Points at the T interface of \a pB (invalid when it has none).

@@ -345,7 +345,6 @@ void CQvDataStream::StartAcquisition(uint64_t count, GenTL::ACQ_START_FLAGS flag
             pListener = std::make_unique<CQvEventNewBuffer>(m_pCQvGenTL, m_hDataStream, "QvApi_TL_EventNewBuffer");
         }
         QV_CATCH_BAD_ALLOC()
-        pListener->Start();
         std::unique_lock<std::shared_mutex> lock(m_listenerMutex);
         m_pEventNewBuffer = std::move(pListener);
     }
@@ -355,6 +354,9 @@ void CQvDataStream::StartAcquisition(uint64_t count, GenTL::ACQ_START_FLAGS flag
         PrepareChunkDecode();
         m_fps.Reset();
         m_bps.Reset();
+        // The thread starts only now: a record of the previous run still queued in the producer
+        // must not reach OnNewBuffer while AllocateBuffers revokes and deletes buffers.
+        m_pEventNewBuffer->Start();
         const GenTL::GC_ERROR err = QV_GENTL_CALL(m_pCQvGenTL, DSStartAcquisition, m_hDataStream, flags, count);
         if (err == GenTL::GC_ERR_SUCCESS)
         {

@@ -55,20 +55,22 @@ EQvPixelFormatNamingConvention_t CQvStreamBufferImage::MapCoaXPressPixelFormat(u
     return static_cast<EQvPixelFormatNamingConvention_t>(code != kNone ? code : QvPFNC_Invalid);
 }
 
-size_t CQvStreamBufferImage::ChunkInteger(const char* name, GenApi::IInteger*& pCache)
+size_t CQvStreamBufferImage::ChunkInteger(const char* name, std::atomic<GenApi::IInteger*>& cache)
 {
-    if (pCache == nullptr)
+    GenApi::IInteger* pNode = cache.load(std::memory_order_acquire);
+    if (pNode == nullptr)
     {
         GenApi::INodeMap* pChunkNodeMap = m_pBuffer->GetChunkINodeMap();
         if (pChunkNodeMap == nullptr)
             return 0;
-        pCache = dynamic_cast<GenApi::IInteger*>(pChunkNodeMap->GetNode(name));
-        if (pCache == nullptr)
+        pNode = dynamic_cast<GenApi::IInteger*>(pChunkNodeMap->GetNode(name));
+        if (pNode == nullptr)
             return 0;
+        cache.store(pNode, std::memory_order_release);
     }
     try
     {
-        return static_cast<size_t>(pCache->GetValue());
+        return static_cast<size_t>(pNode->GetValue());
     }
     catch (const GenICam::GenericException&)
     {
@@ -142,12 +144,14 @@ EQvPixelFormatNamingConvention_t CQvStreamBufferImage::GetImagePixelFormat()
         QV_ASSERT(nPixelFormatNamespace <= UINT32_MAX, "nPixelFormatNamespace <= UINT32_MAX");
         if (nPixelFormatNamespace == GenTL::PIXELFORMAT_NAMESPACE_PFNC_32BIT)
             return static_cast<EQvPixelFormatNamingConvention_t>(pixelFormat & 0xFFFFFFFFu);
-        if (m_interfaceType == 0)
+        uint32_t interfaceType = m_interfaceType.load(std::memory_order_relaxed);
+        if (interfaceType == 0)
         {
-            m_interfaceType =
+            interfaceType =
                 m_pBuffer->GetIQvDataStreamInside()->GetIQvDeviceInside()->GetIQvInterfaceInside()->GetQvInterfaceType();
+            m_interfaceType.store(interfaceType, std::memory_order_relaxed);
         }
-        if (m_interfaceType != QvInterfaceType_CoaXPress)
+        if (interfaceType != QvInterfaceType_CoaXPress)
             return static_cast<EQvPixelFormatNamingConvention_t>(pixelFormat & 0xFFFFFFFFu);
         return MapCoaXPressPixelFormat(pixelFormat);
     }

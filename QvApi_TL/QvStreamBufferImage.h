@@ -1,5 +1,7 @@
 #pragma once
 
+#include <atomic>
+#include <cstdint>
 #include <memory>
 
 #include <QvApi/QvImage.h>
@@ -70,13 +72,15 @@ public:
 
 private:
     /// The value of an integer chunk feature, or 0 without chunk node map, node or value.
-    size_t ChunkInteger(const char* name, GenApi::IInteger*& pCache);
+    size_t ChunkInteger(const char* name, std::atomic<GenApi::IInteger*>& cache);
 
     CQvStreamBuffer* const m_pBuffer; // borrowed: the owner
-    _EQvInterfaceType_t m_interfaceType = static_cast<_EQvInterfaceType_t>(0); // 0 until fetched
-    // Chunk features looked up on first use; they live as long as the buffer's chunk node map.
-    GenApi::IInteger* m_pChunkWidth = nullptr;
-    GenApi::IInteger* m_pChunkHeight = nullptr;
+    // Caches filled on first use; atomic because the stream's listener may ask for the geometry
+    // (byte counting without BUFFER_INFO_DATA_SIZE) while the application does.
+    std::atomic<uint32_t> m_interfaceType{0}; // an _EQvInterfaceType_t; 0 until fetched
+    // Chunk features; they live as long as the buffer's chunk node map.
+    std::atomic<GenApi::IInteger*> m_pChunkWidth{nullptr};
+    std::atomic<GenApi::IInteger*> m_pChunkHeight{nullptr};
     CQvPixelComponent m_pixelComponent;       // handed out by GetIQvPixelComponentValue()
     std::unique_ptr<CQvROIImage> m_pROIImage; // made by the first GetROIImage()
 };

@@ -467,19 +467,29 @@ void IndexElements(const pugi::xml_node& parent, std::unordered_map<std::string,
     }
 }
 
+// Every reference below the element, in document order. Iterative: vendor extensions may nest
+// deeper than the stack allows recursion.
 void CollectReferences(const pugi::xml_node& element, std::vector<std::string>& names)
 {
-    for (pugi::xml_node child = element.first_child(); child; child = child.next_sibling())
+    pugi::xml_node node = element.first_child();
+    while (node)
     {
-        if (child.type() != pugi::node_element)
-            continue;
-        if (IsReferenceElement(child.name()))
+        if (node.type() == pugi::node_element && IsReferenceElement(node.name()))
         {
-            names.emplace_back(CNodeBuilder::TrimmedView(child.text().get()));
-            if (pugi::xml_attribute pOffset = child.attribute("pOffset"))
+            names.emplace_back(CNodeBuilder::TrimmedView(node.text().get()));
+            if (pugi::xml_attribute pOffset = node.attribute("pOffset"))
                 names.emplace_back(CNodeBuilder::TrimmedView(pOffset.value()));
         }
-        CollectReferences(child, names);
+        if (node.first_child())
+        {
+            node = node.first_child();
+            continue;
+        }
+        while (node != element && !node.next_sibling())
+            node = node.parent();
+        if (node == element)
+            break;
+        node = node.next_sibling();
     }
 }
 } // namespace

@@ -49,7 +49,7 @@ TEST(ModuleTreeStress, LeavesNoThreadBehindAfterEachRelease)
 {
     QvTest::CScopedEnvironment cameras("QVGENTL_VIRTUAL", "U3V:2,GEV:2,CXP:2");
     CQvApiInitializer library;
-    const int before = QvModuleTest::ThreadCount();
+    int before = QvModuleTest::ThreadCount();
     const auto start = std::chrono::steady_clock::now();
     const int rounds = Rounds();
     for (int round = 0; round < rounds; ++round)
@@ -58,6 +58,11 @@ TEST(ModuleTreeStress, LeavesNoThreadBehindAfterEachRelease)
         // One error listener per module (1 + 3 + 6), a module listener per interface and device
         // (3 + 6) and the three device-level listeners per camera (18).
         ASSERT_GE(open, before + 37) << "round " << round;
+#if defined(__SANITIZE_THREAD__)
+        // ThreadSanitizer starts its own background thread with the first thread it sees.
+        if (round == 0 && QvModuleTest::ThreadCount() == before + 1)
+            ++before;
+#endif
         ASSERT_EQ(QvModuleTest::ThreadCount(), before) << "round " << round;
     }
     const double seconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();

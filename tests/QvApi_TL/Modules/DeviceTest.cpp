@@ -339,7 +339,10 @@ TEST_F(Device, IsLostWhenItsModuleEventReportsItAndWakesAWaitingThread)
     EXPECT_EQ(waitResult, kWaitObject0);
     EXPECT_TRUE(pDevice->IsDeviceLost());
     EXPECT_GE(fired.load(), 1);
-    GenApi::Deregister(hCallback); // before fired goes out of scope
+    // The listener may still be dispatching the node's callbacks: stop it, then deregister
+    // ours before fired goes out of scope.
+    pDevice->StopEventAcquisitionThread();
+    GenApi::Deregister(hCallback);
 }
 
 TEST_F(Device, RunsItsErrorCallbacksAndStopsItsListenersWhenReleased)

@@ -1,0 +1,161 @@
+// qvcam: find cameras, read and change their features, grab and stream images, save and load
+// settings, through the QvApi SDK. Run "qvcam --help" for the commands and their exit codes.
+
+#include <cstdio>
+#include <exception>
+#include <string>
+
+#include <CLI/CLI.hpp>
+
+#include <QvApi_TL.h>
+
+#include "CameraSession.h"
+#include "Commands.h"
+#include "ToolError.h"
+
+using namespace QvCam;
+
+namespace
+{
+const char* const kExitCodes = R"(Exit codes:
+  0 success                 7 bad value (type, range, increment, entry)
+  1 other error             8 feature not readable/writable now
+  2 bad command line        9 device lost
+  3 no GenTL producer      10 acquisition failed or timed out
+  4 no (such) device       11 file or folder error
+  5 device cannot be opened 12 features load incomplete
+  6 unknown feature        13 description cannot be loaded
+ 130 interrupted (Ctrl-C)
+
+DEVICE is an index from 'qvcam list', a device ID, a serial number or a user-defined name;
+without it the first available device is used. Producers are searched on GENICAM_GENTL64_PATH.)";
+
+int Fail(int code, const std::string& message)
+{
+    std::fprintf(stderr, "qvcam: %s\n", message.c_str());
+    return code;
+}
+
+std::string OneLine(std::string text)
+{
+    for (char& c : text)
+        if (c == '\n' || c == '\r')
+            c = ' ';
+    return text;
+}
+} // namespace
+
+int main(int argc, char** argv)
+{
+    CommandOptions_t options;
+    int (*pCommand)(const CommandOptions_t&) = nullptr;
+
+    CLI::App app{"qvcam: cameras through the QvApi SDK (GenICam GenTL consumer)", "qvcam"};
+    app.footer(kExitCodes);
+    app.require_subcommand(1);
+    app.set_version_flag("--version", std::string("qvcam ") + QVAPI_VERSION_TEXT);
+
+    auto bind = [&](CLI::App* pSub, int (*pRun)(const CommandOptions_t&)) { pSub->callback([&pCommand, pRun] { pCommand = pRun; }); };
+    auto positionals = [&](CLI::App* pSub, const char* text) { pSub->add_option("args", options.positionals, text); };
+    auto module = [&](CLI::App* pSub) {
+        pSub->add_option("--module", options.module, "system, interface, local, remote (default) or stream");
+    };
+
+    CLI::App* pList = app.add_subcommand("list", "Producers on GENICAM_GENTL64_PATH, their interfaces and devices");
+    bind(pList, RunList);
+    positionals(pList, "(none)");
+
+    CLI::App* pInfo = app.add_subcommand("info", "Device information and its feature tree with values");
+    bind(pInfo, RunInfo);
+    positionals(pInfo, "[DEVICE]");
+    module(pInfo);
+    pInfo->add_flag("--all", options.withInvisible, "Also show invisible features");
+
+    CLI::App* pGet = app.add_subcommand("get", "Print a feature's value");
+    bind(pGet, RunGet);
+    positionals(pGet, "[DEVICE] FEATURE");
+    module(pGet);
+
+    CLI::App* pSet = app.add_subcommand("set", "Change a feature's value");
+    bind(pSet, RunSet);
+    positionals(pSet, "[DEVICE] FEATURE VALUE");
+    module(pSet);
+
+    CLI::App* pExec = app.add_subcommand("exec", "Execute a command feature");
+    bind(pExec, RunExec);
+    positionals(pExec, "[DEVICE] COMMAND");
+    module(pExec);
+
+    CLI::App* pGrab = app.add_subcommand("grab", "Grab frames into image files");
+    bind(pGrab, RunGrab);
+    positionals(pGrab, "[DEVICE]");
+    pGrab->add_option("-n,--count", options.count, "Frames to grab (default 10)");
+    pGrab->add_option("-o,--out", options.outFolder, "Output folder, created if its parent exists (default .)");
+    pGrab->add_option("-f,--format", options.format, "png (for viewing), pgm (full depth) or raw (bytes as delivered)");
+    pGrab->add_option("--timeout", options.timeoutMs, "Longest wait for one frame in ms (default 5000)");
+    pGrab->add_option("--set", options.presets, "NAME=VALUE: set a camera feature first (repeatable)");
+
+    CLI::App* pStream = app.add_subcommand("stream", "Stream and show frames/s, MB/s, dropped and incomplete frames");
+    bind(pStream, RunStream);
+    positionals(pStream, "[DEVICE]");
+    pStream->add_option("-s,--seconds", options.seconds, "How long to stream (default 5)");
+    pStream->add_option("--timeout", options.timeoutMs, "Longest wait for one frame in ms (default 5000)");
+    pStream->add_option("--set", options.presets, "NAME=VALUE: set a camera feature first (repeatable)");
+
+    CLI::App* pFeatures = app.add_subcommand("features", "Save or load feature values (GenApi persistence file)");
+    pFeatures->require_subcommand(1);
+    CLI::App* pSave = pFeatures->add_subcommand("save", "Save the device's feature values to FILE");
+    bind(pSave, RunFeaturesSave);
+    positionals(pSave, "[DEVICE] FILE");
+    module(pSave);
+    CLI::App* pLoad = pFeatures->add_subcommand("load", "Apply the feature values of FILE to the device");
+    bind(pLoad, RunFeaturesLoad);
+    positionals(pLoad, "[DEVICE] FILE");
+    module(pLoad);
+
+    CLI::App* pXml = app.add_subcommand("xml", "Save a module's GenICam description to FILE");
+    bind(pXml, RunXml);
+    positionals(pXml, "[DEVICE] FILE");
+    module(pXml);
+
+    CLI::App* pDump = app.add_subcommand("genicam-dump", "Load a description file and print every node as JSON");
+    bind(pDump, RunGenICamDump);
+    positionals(pDump, "FILE");
+    pDump->add_option("--registers", options.registerFile, "Register values, lines 'ADDRESS HEXBYTES'");
+    pDump->add_flag("--warnings", options.printWarnings, "Print what the loader tolerated to stderr");
+
+    try
+    {
+        app.parse(argc, argv);
+    }
+    catch (const CLI::ParseError& error)
+    {
+        if (error.get_exit_code() == 0)
+            return app.exit(error); // --help, --version
+        return Fail(ExitCode_Usage, OneLine(error.what()) + " (see 'qvcam --help')");
+    }
+    if (pCommand == nullptr)
+        return Fail(ExitCode_Usage, "no command given (see 'qvcam --help')");
+
+    InstallInterruptHandler();
+    try
+    {
+        QvApi::CQvApiInitializer library;
+        return pCommand(options);
+    }
+    catch (const CToolError& error)
+    {
+        return Fail(error.GetCode(), OneLine(error.what()));
+    }
+    catch (const GenICam::GenericException& error)
+    {
+        if (!CCameraSession::GetLastLostDevice().empty())
+            return Fail(ExitCode_DeviceLost, "device " + CCameraSession::GetLastLostDevice() + " was lost: " +
+                                                 OneLine(error.GetDescription()));
+        return Fail(ExitCode_Failure, OneLine(error.GetDescription()));
+    }
+    catch (const std::exception& error)
+    {
+        return Fail(ExitCode_Failure, OneLine(error.what()));
+    }
+}

@@ -2,10 +2,12 @@
 //
 // Input: one flag byte, then the description. Flags: bit 0 the description is zip data (else XML
 // text); bits 1-2 pick what the device registers hold (zeros, ones, counting bytes, a mix of
-// extremes). The node map is loaded, a port is connected to every Port node, a callback is put
-// on every node, and then every node is touched through the public interfaces: identity and
-// help texts, access mode, links, values (cached, verified, uncached), limits, entries, writes
-// of the value read back and of edge values, commands, polling and invalidation.
+// extremes); bit 3 also extracts the sub-tree of one node (bits 4-7 pick which) into a second
+// node map, loaded and touched the same way. The node map is loaded, a port is connected to every
+// Port node, a callback is put on every node, and then every node is touched through the public
+// interfaces: identity and help texts, access mode, links, values (cached, verified, uncached),
+// limits, entries, writes of the value read back and of edge values, imposed limits and access,
+// commands, polling and invalidation.
 //
 // Only GenICam exceptions may come out of the engine: anything else escapes this function and
 // libFuzzer reports it, like any crash, leak or hang.
@@ -19,6 +21,7 @@
 
 #include <Base/GCException.h>
 #include <GenApi/GenApi.h>
+#include <GenApi/NodeMapFactory.h>
 #include <GenApi/PortImpl.h>
 
 using namespace GenApi;
@@ -347,6 +350,31 @@ void Write(INode* pNode)
         });
 }
 
+// Restrictions an application may impose, applied once everything else was touched.
+void Impose(INode* pNode)
+{
+    if (CIntegerPtr pInteger = pNode)
+    {
+        Try([&] {
+            const int64_t minimum = pInteger->GetMin();
+            if (minimum < std::numeric_limits<int64_t>::max())
+                pInteger->ImposeMin(minimum + 1);
+        });
+        Try([&] {
+            const int64_t maximum = pInteger->GetMax();
+            if (maximum > std::numeric_limits<int64_t>::min())
+                pInteger->ImposeMax(maximum - 1);
+        });
+    }
+    if (CFloatPtr pFloat = pNode)
+    {
+        Try([&] { pFloat->ImposeMin(pFloat->GetMin() / 2); });
+        Try([&] { pFloat->ImposeMax(std::nan("")); });
+    }
+    Try([&] { pNode->ImposeVisibility(Guru); });
+    Try([&] { pNode->ImposeAccessMode(RO); });
+}
+
 void TouchAll(const NodeList_t& nodes)
 {
     for (INode* pNode : nodes)
@@ -397,7 +425,53 @@ void Exercise(CNodeMapRef& nodeMap, unsigned pattern)
         GenICam::gcstring_vector errors;
         nodeMap._ParseSwissKnifes(&errors);
     });
+    Try([&] {
+        if (CDeviceInfoPtr pInfo = nodeMap._Ptr)
+        {
+            Version_t version;
+            uint16_t build = 0;
+            (void)pInfo->GetModelName();
+            (void)pInfo->GetVendorName();
+            (void)pInfo->GetToolTip();
+            (void)pInfo->GetStandardNameSpace();
+            pInfo->GetGenApiVersion(version, build);
+            pInfo->GetSchemaVersion(version);
+            pInfo->GetDeviceVersion(version);
+            (void)pInfo->GetProductGuid();
+            (void)pInfo->GetVersionGuid();
+        }
+    });
+    for (INode* pNode : nodes)
+        Try([&] { (void)nodeMap._GetNode(pNode->GetName()); });
+    Try([&] { (void)nodeMap._GetNode("NoSuchNode"); });
+    for (INode* pNode : nodes)
+        Impose(pNode);
+    TouchAll(nodes);
     (void)fired;
+}
+
+// The sub-tree of one node of the loaded map, as the SDK extracts the chunk data tree.
+void ExerciseSubtree(const uint8_t* data, size_t size, bool zipped, const CNodeMapRef& nodeMap, unsigned pick,
+                     unsigned pattern)
+{
+    NodeList_t nodes;
+    nodeMap._GetNodes(nodes);
+    if (nodes.empty())
+        return;
+    const GenICam::gcstring rootName = nodes[pick % nodes.size()]->GetName();
+    CNodeMapRef subtree;
+    try
+    {
+        CNodeMapFactory factory = zipped ? CNodeMapFactory(ContentType_ZippedXml, data, size)
+                                         : CNodeMapFactory(GenICam::gcstring(reinterpret_cast<const char*>(data), size));
+        CNodeMapFactory extracted = factory.ExtractSubtree(rootName, pick % 2 == 0);
+        subtree = extracted.CreateNodeMap();
+    }
+    catch (const GenICam::GenericException&)
+    {
+        return;
+    }
+    Exercise(subtree, pattern);
 }
 } // namespace
 
@@ -419,5 +493,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
         return 0; // a refused description
     }
     Exercise(nodeMap, (flags >> 1) & 3);
+    if (flags & 8)
+        ExerciseSubtree(data + 1, size - 1, flags & 1, nodeMap, flags >> 4, (flags >> 1) & 3);
     return 0;
 }

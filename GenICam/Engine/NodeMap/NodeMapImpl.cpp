@@ -88,6 +88,34 @@ void CNodeMapImpl::FinishLoading()
 
 void CNodeMapImpl::NotifyChangedLocked(CNode* pNode, bool /*dropDeviceCache*/)
 {
+    // A write reaches a hundred nodes or more in real descriptions, and the same feature is
+    // written again and again: walk the links once, then replay the list. The lists kept are
+    // bounded (a map whose every node gets written could otherwise keep nodes squared).
+    if (QV_UNLIKELY(!pNode->m_pReached))
+    {
+        std::vector<CNode*> reached = WalkDependentsLocked(pNode);
+        if (m_reachedKept + reached.size() > kReachedPerNode * (m_nodes.size() + 1))
+        {
+            for (CNode* pReached : reached)
+            {
+                pReached->DropCacheLocked();
+                QueueCallbacksLocked(pReached);
+            }
+            return;
+        }
+        m_reachedKept += reached.size();
+        pNode->m_pReached = std::make_unique<std::vector<CNode*>>(std::move(reached));
+    }
+    for (CNode* pReached : *pNode->m_pReached)
+    {
+        pReached->DropCacheLocked();
+        QueueCallbacksLocked(pReached);
+    }
+}
+
+std::vector<CNode*> CNodeMapImpl::WalkDependentsLocked(CNode* pNode)
+{
+    std::vector<CNode*> reached;
     const uint32_t epoch = ++m_walkEpoch;
     m_walkStack.clear();
     m_walkStack.push_back(pNode);
@@ -96,8 +124,7 @@ void CNodeMapImpl::NotifyChangedLocked(CNode* pNode, bool /*dropDeviceCache*/)
     {
         CNode* pCurrent = m_walkStack.back();
         m_walkStack.pop_back();
-        pCurrent->DropCacheLocked();
-        QueueCallbacksLocked(pCurrent);
+        reached.push_back(pCurrent);
         for (CNode* pDependent : pCurrent->Dependents())
             if (pDependent->m_walkEpoch != epoch)
             {
@@ -105,6 +132,8 @@ void CNodeMapImpl::NotifyChangedLocked(CNode* pNode, bool /*dropDeviceCache*/)
                 m_walkStack.push_back(pDependent);
             }
     }
+    reached.shrink_to_fit();
+    return reached;
 }
 
 void CNodeMapImpl::QueueCallbacksLocked(CNode* pNode)

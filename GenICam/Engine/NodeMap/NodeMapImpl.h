@@ -145,6 +145,8 @@ public:
 
 private:
     void FireQueuedCallbacks();
+    /// Every node reached from \a pNode through the dependents' links, in walk order (lock held).
+    std::vector<CNode*> WalkDependentsLocked(CNode* pNode);
 
     // Set at construction, never changed.
     const GenICam::gcstring m_deviceName;
@@ -170,5 +172,7 @@ private:
     mutable int m_evaluationDepth = 0;
     mutable std::vector<CNode*> m_queued; // nodes whose callbacks fire when the scope ends
     mutable std::vector<CNode*> m_walkStack;
+    size_t m_reachedKept = 0; // entries of all CNode::m_pReached lists
+    static constexpr size_t kReachedPerNode = 64; // their bound, per node of the map
 };
 } // namespace GenApi

@@ -242,13 +242,12 @@ void CNode::PropagateAvailability(EAccessMode& mode, CNode* pReference, bool str
 
 namespace
 {
-// Value of a pIsImplemented/pIsAvailable/pIsLocked node; an unreadable flag counts as set.
+// Value of a pIsImplemented/pIsAvailable/pIsLocked node; an unreadable flag counts as set, and so
+// does a Port (the only kind without a value). Runs on every access-mode computation, so the kind
+// is tested rather than the interface cast for.
 bool FlagIsSet(CNode* pFlag)
 {
-    if (!IsReadable(pFlag->AccessLocked()))
-        return true;
-    IValue* pValue = dynamic_cast<IValue*>(pFlag);
-    if (!pValue)
+    if (!IsReadable(pFlag->AccessLocked()) || pFlag->Kind() == ENodeKind_t::Port)
         return true;
     return pFlag->IntValueLocked(false, false) != 0;
 }

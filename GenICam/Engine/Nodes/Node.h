@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <memory>
 #include <string_view>
 #include <vector>
 
@@ -254,5 +255,8 @@ public:
     uint32_t m_walkEpoch = 0;   // last invalidation walk that visited this node
     uint32_t m_notifyEpoch = 0; // last callback scope that queued this node
     uint32_t m_loadMark = 0;    // the loader's scratch mark (cycle check, caching-mode order); 0 after loading
+    /// Every node NotifyChangedLocked reaches from this one, in walk order; built by the first
+    /// change (the links do not change after loading). Guarded by the node map's lock.
+    std::unique_ptr<std::vector<CNode*>> m_pReached;
 };
 } // namespace GenApi

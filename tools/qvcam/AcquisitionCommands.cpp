@@ -96,10 +96,12 @@ QvApi::IQvStreamBufferReleasable* NextBuffer(CCameraSession& session, unsigned t
     return pBuffer;
 }
 
-/// Applies "--set NAME=VALUE" items to the camera, in order, before acquisition starts.
-void ApplyPresets(CCameraSession& session, const std::vector<std::string>& presets)
+/// Applies "--set NAME=VALUE" items, then "--exec COMMAND" items, to the camera, in order,
+/// before acquisition starts.
+void ApplyPresets(CCameraSession& session, const CommandOptions_t& options)
 {
-    if (presets.empty())
+    const std::vector<std::string>& presets = options.presets;
+    if (presets.empty() && options.commands.empty())
         return;
     CFeatureAccess features(session.GetDevice()->GetRemoteIQvPort()->GetINodeMap(), "remote device");
     for (const std::string& preset : presets)
@@ -109,6 +111,8 @@ void ApplyPresets(CCameraSession& session, const std::vector<std::string>& prese
             throw CToolError(ExitCode_Usage, "--set wants NAME=VALUE, not '" + preset + "'");
         features.Set(preset.substr(0, equals), preset.substr(equals + 1));
     }
+    for (const std::string& command : options.commands)
+        features.Execute(command);
 }
 
 std::string SafeFileName(std::string text)
@@ -129,7 +133,9 @@ int RunGrab(const CommandOptions_t& options)
     const EFrameFormat_t format = ParseFrameFormat(options.format);
     CCameraSession session;
     QvApi::IQvDevice* pDevice = session.OpenDevice(arguments.device, GenTL::DEVICE_ACCESS_CONTROL);
-    ApplyPresets(session, options.presets);
+    // The device's listeners report a lost connection while frames are awaited.
+    pDevice->StartEventAcquisitionThread();
+    ApplyPresets(session, options);
     const CFrameWriter writer(options.outFolder, format, SafeFileName(session.GetDeviceName()), options.count);
     QvApi::IQvDataStream* pStream = session.GetDataStream();
 
@@ -184,7 +190,8 @@ int RunStream(const CommandOptions_t& options)
         throw CToolError(ExitCode_Usage, "--seconds must be greater than 0");
     CCameraSession session;
     QvApi::IQvDevice* pDevice = session.OpenDevice(arguments.device, GenTL::DEVICE_ACCESS_CONTROL);
-    ApplyPresets(session, options.presets);
+    pDevice->StartEventAcquisitionThread();
+    ApplyPresets(session, options);
     QvApi::IQvDataStream* pStream = session.GetDataStream();
 
     const bool live = isatty(STDOUT_FILENO) == 1;

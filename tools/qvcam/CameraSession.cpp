@@ -83,8 +83,14 @@ CCameraSession::CCameraSession()
 
 namespace
 {
-std::string g_lastLostDevice; // written on the one thread that runs the command
+std::string g_lastLostDevice;   // written on the one thread that runs the command
+std::string g_lastOpenedDevice; // likewise
 } // namespace
+
+const std::string& CCameraSession::GetLastOpenedDevice()
+{
+    return g_lastOpenedDevice;
+}
 
 const std::string& CCameraSession::GetLastLostDevice()
 {
@@ -327,6 +333,7 @@ QvApi::IQvDevice* CCameraSession::OpenDevice(const std::string& spec, GenTL::DEV
     try
     {
         m_device.Reset(pChosen->pInterface->CreateIQvDevice(pChosen->indexOnInterface, flags));
+        g_lastOpenedDevice = m_deviceName;
     }
     catch (const GenICam::GenericException& error)
     {

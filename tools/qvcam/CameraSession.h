@@ -82,6 +82,8 @@ public:
     /// \return The name of the last device a session found lost when it ended, or empty: lets
     ///         the top level tell a lost device from other failures after the session is gone.
     static const std::string& GetLastLostDevice();
+    /// \return The name of the last device a session opened, or empty.
+    static const std::string& GetLastOpenedDevice();
 
 private:
     void ScanPath();

@@ -19,6 +19,7 @@ struct CommandOptions_t
     unsigned timeoutMs = 5000;            ///< grab/stream: longest wait for one frame
     double seconds = 5.0;                 ///< stream --seconds
     std::vector<std::string> presets;     ///< grab/stream --set NAME=VALUE, applied before starting
+    std::vector<std::string> commands;    ///< grab/stream --exec COMMAND, run after the presets
     std::string registerFile;             ///< genicam-dump --registers
     bool printWarnings = false;           ///< genicam-dump --warnings
 };

@@ -36,12 +36,21 @@ int Fail(int code, const std::string& message)
     return code;
 }
 
-std::string OneLine(std::string text)
+// SDK messages may span lines or carry wide padded fields; the user gets one tidy line.
+std::string OneLine(const std::string& text)
 {
-    for (char& c : text)
-        if (c == '\n' || c == '\r')
+    std::string line;
+    for (char c : text)
+    {
+        if (c == '\n' || c == '\r' || c == '\t')
             c = ' ';
-    return text;
+        if (c == ' ' && (line.empty() || line.back() == ' '))
+            continue;
+        line += c;
+    }
+    while (!line.empty() && line.back() == ' ')
+        line.pop_back();
+    return line;
 }
 } // namespace
 
@@ -94,6 +103,7 @@ int main(int argc, char** argv)
     pGrab->add_option("-f,--format", options.format, "png (for viewing), pgm (full depth) or raw (bytes as delivered)");
     pGrab->add_option("--timeout", options.timeoutMs, "Longest wait for one frame in ms (default 5000)");
     pGrab->add_option("--set", options.presets, "NAME=VALUE: set a camera feature first (repeatable)");
+    pGrab->add_option("--exec", options.commands, "COMMAND: execute a camera command first (repeatable)");
 
     CLI::App* pStream = app.add_subcommand("stream", "Stream and show frames/s, MB/s, dropped and incomplete frames");
     bind(pStream, RunStream);
@@ -101,6 +111,7 @@ int main(int argc, char** argv)
     pStream->add_option("-s,--seconds", options.seconds, "How long to stream (default 5)");
     pStream->add_option("--timeout", options.timeoutMs, "Longest wait for one frame in ms (default 5000)");
     pStream->add_option("--set", options.presets, "NAME=VALUE: set a camera feature first (repeatable)");
+    pStream->add_option("--exec", options.commands, "COMMAND: execute a camera command first (repeatable)");
 
     CLI::App* pFeatures = app.add_subcommand("features", "Save or load feature values (GenApi persistence file)");
     pFeatures->require_subcommand(1);
@@ -124,6 +135,12 @@ int main(int argc, char** argv)
     pDump->add_option("--registers", options.registerFile, "Register values, lines 'ADDRESS HEXBYTES'");
     pDump->add_flag("--warnings", options.printWarnings, "Print what the loader tolerated to stderr");
 
+    // CLI11 reports an unknown command only as "A subcommand is required"; name it instead.
+    bool known = false;
+    for (const CLI::App* pSub : app.get_subcommands({}))
+        known = known || (argc > 1 && pSub->get_name() == argv[1]);
+    if (argc > 1 && argv[1][0] != '-' && !known)
+        return Fail(ExitCode_Usage, std::string("unknown command '") + argv[1] + "' (see 'qvcam --help')");
     try
     {
         app.parse(argc, argv);
@@ -146,6 +163,15 @@ int main(int argc, char** argv)
     catch (const CToolError& error)
     {
         return Fail(error.GetCode(), OneLine(error.what()));
+    }
+    catch (const QvApi::CQvGenTLErrorException& error)
+    {
+        // A transport error on an open device means the camera stopped answering.
+        if (!CCameraSession::GetLastLostDevice().empty() ||
+            (error.GetError() == GenTL::GC_ERR_IO && !CCameraSession::GetLastOpenedDevice().empty()))
+            return Fail(ExitCode_DeviceLost, "device " + CCameraSession::GetLastOpenedDevice() + " was lost: " +
+                                                 OneLine(error.GetDescription()));
+        return Fail(ExitCode_Failure, OneLine(error.GetDescription()));
     }
     catch (const GenICam::GenericException& error)
     {

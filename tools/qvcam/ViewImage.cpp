@@ -114,6 +114,40 @@ const int* YCbCr422Order(QvApi::EQvPixelFormatNamingConvention_t format)
     }
 }
 
+// Byte positions of Y, Cb (U), Cr (V) of the 8-bit 4:4:4 formats.
+const int* YCbCr444Order(QvApi::EQvPixelFormatNamingConvention_t format)
+{
+    static const int kYCbCr[3] = {0, 1, 2};
+    static const int kCbYCr[3] = {1, 0, 2};
+    switch (format)
+    {
+    case QvApi::QvPFNC_YCbCr8:
+        return kYCbCr;
+    case QvApi::QvPFNC_YCbCr8_CbYCr:
+    case QvApi::QvPFNC_YCbCr601_8_CbYCr:
+    case QvApi::QvPFNC_YCbCr709_8_CbYCr:
+    case QvApi::QvPFNC_YUV8_UYV:
+        return kCbYCr;
+    default:
+        return nullptr;
+    }
+}
+
+std::vector<uint8_t> ReadYCbCr444(QvApi::IQvImage* pImage, const int* order)
+{
+    const size_t width = pImage->GetImageWidth(), height = pImage->GetImageHeight();
+    const size_t pitch = pImage->GetImageLinePitch();
+    const uint8_t* base = static_cast<const uint8_t*>(pImage->GetImageBuffer());
+    std::vector<uint8_t> rgb(width * height * 3);
+    for (size_t y = 0; y < height; ++y)
+        for (size_t x = 0; x < width; ++x)
+        {
+            const uint8_t* pixel = base + y * pitch + 3 * x;
+            YCbCrToRgb(pixel[order[0]], pixel[order[1]], pixel[order[2]], &rgb[(y * width + x) * 3]);
+        }
+    return rgb;
+}
+
 std::vector<uint8_t> ReadYCbCr422(QvApi::IQvImage* pImage, const int* order)
 {
     const size_t width = pImage->GetImageWidth(), height = pImage->GetImageHeight();
@@ -260,6 +294,11 @@ ViewImage_t ViewImage_t::FromImage(QvApi::IQvImage* pImage)
         if (const int* order = YCbCr422Order(format))
         {
             view.pixels = ReadYCbCr422(pImage, order);
+            return view;
+        }
+        if (const int* order = YCbCr444Order(format))
+        {
+            view.pixels = ReadYCbCr444(pImage, order);
             return view;
         }
         view.pixels = ReadColourGeneric(pImage);

@@ -25,7 +25,7 @@ using namespace QvAcquisitionTest;
 namespace
 {
 #if defined(__SANITIZE_THREAD__) || defined(__SANITIZE_ADDRESS__)
-constexpr double kDefaultRateHz = 2500.0; // instrumented code is several times slower
+constexpr double kDefaultRateHz = 1500.0; // instrumented code is several times slower
 #else
 constexpr double kDefaultRateHz = 6000.0;
 #endif
@@ -97,7 +97,8 @@ TEST(AcquisitionSoak, AMillionFramesFromThreeCamerasWhileCallbacksComeAndGo)
         session.Device(i)->AcquisitionStart();
     std::map<IQvDataStream*, uint64_t> last;
     uint64_t received = 0;
-    uint64_t outOfOrder = 0;
+    uint64_t skipped = 0;  // frame IDs missing between two received frames
+    uint64_t repeated = 0; // frames whose ID did not grow
     uint64_t badStamps = 0;
     const auto started = std::chrono::steady_clock::now();
     while (received < totalFrames)
@@ -106,7 +107,10 @@ TEST(AcquisitionSoak, AMillionFramesFromThreeCamerasWhileCallbacksComeAndGo)
         ASSERT_NE(pBuffer, nullptr);
         const uint64_t frameId = pBuffer->GetIQvStreamBufferInfo()->GetFrameID();
         uint64_t& previous = last[pBuffer->GetIQvDataStream()];
-        outOfOrder += frameId != previous + 1;
+        if (frameId > previous)
+            skipped += frameId - previous - 1;
+        else
+            ++repeated;
         badStamps += StampOf(pBuffer) != frameId;
         previous = frameId;
         pBuffer->Release();
@@ -129,11 +133,16 @@ TEST(AcquisitionSoak, AMillionFramesFromThreeCamerasWhileCallbacksComeAndGo)
         invoked += callback.m_invoked.load();
         released += callback.m_released.load();
     }
-    printf("soak: %llu frames in %.1f s (%.0f frames/s), %llu registrations, %llu callbacks\n",
+    printf("soak: %llu frames in %.1f s (%.0f frames/s), %llu registrations, %llu callbacks, %llu skipped IDs, "
+           "%llu underruns\n",
            static_cast<unsigned long long>(received), seconds, received / seconds,
-           static_cast<unsigned long long>(registrations.load()), static_cast<unsigned long long>(invoked));
-    EXPECT_EQ(outOfOrder, 0u) << "lost or repeated frames";
+           static_cast<unsigned long long>(registrations.load()), static_cast<unsigned long long>(invoked),
+           static_cast<unsigned long long>(skipped), static_cast<unsigned long long>(underruns));
+    EXPECT_EQ(repeated, 0u);
     EXPECT_EQ(badStamps, 0u);
+    // Every missing frame ID is one the producer could not fill for want of a queued buffer:
+    // the library itself lost none. At a sustainable rate there are none at all.
+    EXPECT_EQ(skipped, underruns);
     EXPECT_EQ(underruns, 0u);
     EXPECT_EQ(last.size(), 3u);
     EXPECT_GT(invoked, 0u);

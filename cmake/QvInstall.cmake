@@ -2,6 +2,7 @@
 include(CMakePackageConfigHelpers)
 
 add_library(QvApi INTERFACE)
+add_library(QvApi::QvApi ALIAS QvApi) # the in-tree examples link the name users link
 target_link_libraries(QvApi INTERFACE QvApi_TL QvGenICam)
 install(TARGETS QvApi EXPORT QvApiTargets)
 

@@ -4,6 +4,7 @@
 
 #include <chrono>
 #include <cstdio>
+#include <thread>
 
 #include <QvApi_TL.h>
 
@@ -77,8 +78,14 @@ QvApi::IQvStreamBufferReleasable* NextBuffer(CCameraSession& session, unsigned t
         while (pBuffer == nullptr && !IsInterrupted() && std::chrono::steady_clock::now() < deadline)
             pBuffer = session.GetDataStream()->RetrieveBuffer(100);
     }
-    catch (const GenICam::AccessException&)
+    catch (const GenICam::GenericException&)
     {
+        // The stream's listener may fail before the device's listener reports the loss: allow
+        // the device a moment to confirm before calling it something else.
+        for (int i = 0; i < 100 && !session.GetDevice()->IsDeviceLost(); ++i)
+            std::this_thread::sleep_for(std::chrono::milliseconds(10));
+        if (!session.GetDevice()->IsDeviceLost())
+            throw;
         throw CToolError(ExitCode_DeviceLost, "device " + session.GetDeviceName() + " was lost after " +
                                                   std::to_string(received) + " frame(s)");
     }

@@ -146,6 +146,15 @@ bool LookUp(void* pContext, std::string_view name, FormulaInstruction_t& load)
     return true;
 }
 
+void CompileText(std::string_view text, EFormulaKind_t kind, bool upperCaseNames, LookupContext_t* pLookup,
+                 FormulaProgram_t& program, CFormulaCompileCache* pCache)
+{
+    if (pCache)
+        CFormulaCompiler::Compile(text, kind, upperCaseNames, &LookUp, pLookup, program, *pCache);
+    else
+        CFormulaCompiler::Compile(text, kind, upperCaseNames, &LookUp, pLookup, program);
+}
+
 // The std::function resolver behind the plain-function interface.
 int32_t ResolveThroughFunction(void* pContext, std::string_view name, EFormulaKind_t kind)
 {
@@ -185,7 +194,8 @@ void CFormula::Compile(const FormulaDefinition_t& definition, const FormulaResol
     Compile(definition, resolver ? &ResolveThroughFunction : nullptr, const_cast<FormulaResolver_t*>(&resolver));
 }
 
-void CFormula::Compile(const FormulaDefinition_t& definition, FormulaResolveFunction_t pResolve, void* pContext)
+void CFormula::Compile(const FormulaDefinition_t& definition, FormulaResolveFunction_t pResolve, void* pContext,
+                       CFormulaCompileCache* pCache)
 {
     m_compiled = false;
     m_kind = definition.kind;
@@ -223,7 +233,7 @@ void CFormula::Compile(const FormulaDefinition_t& definition, FormulaResolveFunc
         {
             m_expressions.emplace_back();
             FormulaProgram_t& expression = m_expressions.back();
-            CFormulaCompiler::Compile(symbol.text, m_kind, definition.upperCaseNames, &LookUp, &lookup, expression);
+            CompileText(symbol.text, m_kind, definition.upperCaseNames, &lookup, expression, pCache);
             expression.text = symbol.text;
             expression.name = "_" + definition.nodeName + "_" + symbol.name;
             entry.load.op = EFormulaOp_t::LoadExpression;
@@ -242,7 +252,7 @@ void CFormula::Compile(const FormulaDefinition_t& definition, FormulaResolveFunc
 
     // Only the main formula sees the converter's TO / FROM.
     lookup.pInputName = definition.inputName.empty() ? nullptr : &definition.inputName;
-    CFormulaCompiler::Compile(definition.formula, m_kind, definition.upperCaseNames, &LookUp, &lookup, m_main);
+    CompileText(definition.formula, m_kind, definition.upperCaseNames, &lookup, m_main, pCache);
     m_main.text = definition.formula;
     m_main.name = definition.formulaName.empty() ? definition.nodeName : definition.formulaName;
 

@@ -39,6 +39,8 @@ namespace GenApi
 {
 namespace Engine
 {
+class CFormulaCompileCache;
+
 /**
  * \brief A compiled formula with its Constants and Expressions.
  *
@@ -65,8 +67,12 @@ public:
      *         int64_t"). Every other error is stored and thrown by the evaluations.
      */
     void Compile(const FormulaDefinition_t& definition, const FormulaResolver_t& resolver);
-    /// The same with a plain function as resolver (\a pResolve may be null: no variables).
-    void Compile(const FormulaDefinition_t& definition, FormulaResolveFunction_t pResolve, void* pContext);
+    /**
+     * \brief The same with a plain function as resolver (\a pResolve may be null: no variables)
+     *        and, optionally, the texts already compiled during the same load.
+     */
+    void Compile(const FormulaDefinition_t& definition, FormulaResolveFunction_t pResolve, void* pContext,
+                 CFormulaCompileCache* pCache = nullptr);
 
     /// Whether Compile() has run.
     bool IsCompiled() const { return m_compiled; }

@@ -4,7 +4,9 @@
 #include <cstring>
 #include <limits>
 #include <locale.h>
+#include <memory>
 #include <string>
+#include <unordered_map>
 #include <utility>
 #include <vector>
 
@@ -773,6 +775,105 @@ void CFormulaCompiler::Compile(std::string_view text, EFormulaKind_t kind, bool 
     program.errorPhase = EFormulaErrorPhase_t::None;
     program.errorMessage.clear();
     CCompilation(text, kind, upperCaseNames, lookup, pContext, program, scratch).Run();
+}
+} // namespace Engine
+} // namespace GenApi
+
+namespace GenApi
+{
+namespace Engine
+{
+namespace
+{
+// A text compiled with every name standing for itself: LoadSlot k is the k-th distinct name.
+// Whatever fails in it besides unknown names fails alike for every node using the text.
+struct Template_t
+{
+    std::string text;
+    std::vector<std::string> names; // distinct, in order of first occurrence (as looked up)
+    FormulaProgram_t program;
+};
+
+bool CollectName(void* pContext, std::string_view name, FormulaInstruction_t& load)
+{
+    std::vector<std::string>& names = *static_cast<std::vector<std::string>*>(pContext);
+    size_t index = 0;
+    while (index < names.size() && names[index] != name)
+        ++index;
+    if (index == names.size())
+        names.emplace_back(name);
+    load.op = EFormulaOp_t::LoadSlot;
+    load.index = static_cast<int32_t>(index);
+    return true;
+}
+} // namespace
+
+struct CFormulaCompileCache::Impl
+{
+    // One table per arithmetic and name case; keys are views into the templates' own texts.
+    std::unordered_map<std::string_view, std::unique_ptr<Template_t>> templates[4];
+};
+
+CFormulaCompileCache::CFormulaCompileCache() : m_pImpl(std::make_unique<Impl>())
+{
+}
+
+CFormulaCompileCache::~CFormulaCompileCache() = default;
+
+size_t CFormulaCompileCache::Size() const
+{
+    size_t size = 0;
+    for (const auto& table : m_pImpl->templates)
+        size += table.size();
+    return size;
+}
+
+void CFormulaCompiler::Compile(std::string_view text, EFormulaKind_t kind, bool upperCaseNames, NameLookup_t lookup,
+                               void* pContext, FormulaProgram_t& program, CFormulaCompileCache& cache)
+{
+    auto& table = cache.m_pImpl->templates[(kind == EFormulaKind_t::Float ? 2 : 0) + (upperCaseNames ? 1 : 0)];
+    auto found = table.find(text);
+    if (found == table.end())
+    {
+        auto pTemplate = std::make_unique<Template_t>();
+        pTemplate->text.assign(text.data(), text.size());
+        Compile(pTemplate->text, kind, upperCaseNames, &CollectName, &pTemplate->names, pTemplate->program);
+        const std::string_view key = pTemplate->text;
+        found = table.emplace(key, std::move(pTemplate)).first;
+    }
+    const Template_t& compiled = *found->second;
+
+    // Names first, in text order: an unknown one is the first error, as a lexer meets it.
+    FormulaInstruction_t localLoads[16];
+    std::vector<FormulaInstruction_t> heapLoads;
+    FormulaInstruction_t* pLoads = localLoads;
+    if (compiled.names.size() > 16)
+    {
+        heapLoads.resize(compiled.names.size());
+        pLoads = heapLoads.data();
+    }
+    program.code.clear();
+    program.maxStackDepth = program.maxElseDepth = 0;
+    program.errorPhase = EFormulaErrorPhase_t::None;
+    program.errorMessage.clear();
+    for (size_t i = 0; i < compiled.names.size(); ++i)
+        if (!lookup || !lookup(pContext, compiled.names[i], pLoads[i]))
+        {
+            program.errorPhase = EFormulaErrorPhase_t::Parse;
+            program.errorMessage = "# " + compiled.names[i] + " - Unknown function/variable!";
+            return;
+        }
+    if (compiled.program.errorPhase != EFormulaErrorPhase_t::None)
+    {
+        program.errorPhase = compiled.program.errorPhase;
+        program.errorMessage = compiled.program.errorMessage;
+        return;
+    }
+    program.code.reserve(compiled.program.code.size());
+    for (const FormulaInstruction_t& instruction : compiled.program.code)
+        program.code.push_back(instruction.op == EFormulaOp_t::LoadSlot ? pLoads[instruction.index] : instruction);
+    program.maxStackDepth = compiled.program.maxStackDepth;
+    program.maxElseDepth = compiled.program.maxElseDepth;
 }
 } // namespace Engine
 } // namespace GenApi

@@ -1,6 +1,9 @@
 #pragma once
 
+#include <memory>
 #include <string_view>
+
+#include <Base/GCLinkage.h>
 
 #include "Engine/Formula/FormulaProgram.h"
 #include "Engine/Formula/FormulaTypes.h"
@@ -9,6 +12,29 @@ namespace GenApi
 {
 namespace Engine
 {
+/**
+ * \brief Formula texts already compiled during one load, keyed by text, arithmetic and name case.
+ *
+ * Descriptions repeat formulas over many nodes (half the formula text of a large camera's
+ * description is repeated), so each text is lexed and structured once; a node using it again only
+ * has its names looked up. Owned by the loader for one load; one thread at a time.
+ */
+class GENICAM_API CFormulaCompileCache
+{
+public:
+    CFormulaCompileCache();
+    ~CFormulaCompileCache();
+    CFormulaCompileCache(const CFormulaCompileCache&) = delete;
+    CFormulaCompileCache& operator=(const CFormulaCompileCache&) = delete;
+    /// Number of distinct texts kept.
+    size_t Size() const;
+
+private:
+    friend class CFormulaCompiler;
+    struct Impl;
+    std::unique_ptr<Impl> m_pImpl;
+};
+
 /**
  * \brief Turns one formula text into a postfix program.
  *
@@ -34,6 +60,9 @@ public:
      */
     static void Compile(std::string_view text, EFormulaKind_t kind, bool upperCaseNames, NameLookup_t lookup,
                         void* pContext, FormulaProgram_t& program);
+    /// The same, reusing what \a cache learnt from an earlier compilation of the same text.
+    static void Compile(std::string_view text, EFormulaKind_t kind, bool upperCaseNames, NameLookup_t lookup,
+                        void* pContext, FormulaProgram_t& program, CFormulaCompileCache& cache);
 };
 } // namespace Engine
 } // namespace GenApi

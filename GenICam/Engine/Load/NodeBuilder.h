@@ -8,6 +8,7 @@
 
 #include <GenApi/EnumClasses.h>
 
+#include "Engine/Formula/FormulaCompiler.h"
 #include "Engine/Load/Element.h"
 
 namespace GenApi
@@ -95,6 +96,8 @@ public:
     unsigned ColumnOf(size_t offset) const;
 
     bool IsSchema10() const { return m_isSchema10; }
+    /// Formula texts compiled so far in this load (shared by the nodes repeating them).
+    Engine::CFormulaCompileCache& FormulaCache() { return m_formulaCache; }
     CNodeMapImpl& Map() { return m_map; }
 
     /// Text without leading and trailing white space.
@@ -107,5 +110,6 @@ private:
     bool m_isSchema10;
     const void* m_pLastElement = nullptr;
     EElement_t m_lastElement = EElement_t::Unknown;
+    Engine::CFormulaCompileCache m_formulaCache;
 };
 } // namespace GenApi

@@ -44,7 +44,7 @@ void CFormulaBinding::Compile(CNode* pOwner, CNodeBuilder& builder, Engine::CFor
     definition.inputName = inputName;
     try
     {
-        formula.Compile(definition, &CFormulaBinding::ResolveSlot, this);
+        formula.Compile(definition, &CFormulaBinding::ResolveSlot, this, &builder.FormulaCache());
     }
     catch (const GenICam::GenericException& error)
     {

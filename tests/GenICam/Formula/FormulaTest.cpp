@@ -12,6 +12,7 @@
 #include <Base/GCException.h>
 
 #include "Engine/Formula/Formula.h"
+#include "Engine/Formula/FormulaCompiler.h"
 #include "FakeFormulaNodes.h"
 
 using namespace GenApi::Engine;
@@ -398,4 +399,53 @@ TEST_F(FormulaFixture, PlainFunctionResolverAsksForTheSameNames)
     definition.formula = "2*A";
     literal.Compile(definition, nullptr, nullptr);
     EXPECT_EQ(ErrorOf(literal), "K : Failed to parse formula '2*A' : error message is '# A - Unknown function/variable!'");
+}
+
+TEST_F(FormulaFixture, CompileCacheGivesWhatAFreshCompilationGives)
+{
+    // One cache across "nodes" that bind different variables: what a text compiles to must come
+    // out the same as without the cache, errors and their order included.
+    CFakeFormulaNodes other;
+    other.AddVariable("A", FakeNode_t::Int(7));
+    other.AddVariable("Z", FakeNode_t::Int(1));
+    const auto resolve = [](void* pContext, std::string_view name, EFormulaKind_t kind) {
+        return static_cast<CFakeFormulaNodes*>(pContext)->Resolve(std::string(name), kind);
+    };
+    const auto outcome = [&](CFakeFormulaNodes& source, const std::string& text, EFormulaKind_t kind, bool schema10,
+                             CFormulaCompileCache* pCache) {
+        FormulaDefinition_t definition;
+        definition.nodeName = "K";
+        definition.formula = text;
+        definition.kind = kind;
+        definition.upperCaseNames = schema10;
+        definition.symbols = {{"X", "A*2", true}, {"C1", "3", false}};
+        CFormula formula;
+        formula.Compile(definition, resolve, &source, pCache);
+        try
+        {
+            const FormulaValue_t value = formula.Evaluate(source);
+            return value.isFloat ? std::to_string(value.floatValue) : std::to_string(value.intValue);
+        }
+        catch (const GenICam::GenericException& e)
+        {
+            return std::string(e.GetDescription());
+        }
+    };
+    const std::vector<std::string> texts = {
+        "A+B",     "A+Z",       "(A+B",         "A+)",     "Q+(A",  "B+(A", "A $ B",   "SGN(A, B)", "A+",
+        "X+C1+B",  "a+b",       "A*A+A/A+B*B",  "1.5+A",   "PI*A",  "A#B",  "",        "Z ? A : B", "(A=1)?B:Z",
+        "ROUND(A, 2)", "ABS(B)", "0x10+A",      "A/(B-3)",
+    };
+    CFormulaCompileCache cache;
+    for (int pass = 0; pass < 2; ++pass)
+        for (const std::string& text : texts)
+            for (EFormulaKind_t kind : {EFormulaKind_t::Integer, EFormulaKind_t::Float})
+                for (bool schema10 : {false, true})
+                    for (CFakeFormulaNodes* pSource : {&nodes, &other})
+                        EXPECT_EQ(outcome(*pSource, text, kind, schema10, &cache),
+                                  outcome(*pSource, text, kind, schema10, nullptr))
+                            << "'" << text << "' " << (kind == EFormulaKind_t::Float ? "float" : "integer")
+                            << (schema10 ? " schema 1.0" : "") << (pSource == &nodes ? " A,B,C,F" : " A,Z");
+    // Every distinct text, each arithmetic and case: main formulas plus the two Expression texts.
+    EXPECT_EQ(cache.Size(), (texts.size() + 1) * 4);
 }

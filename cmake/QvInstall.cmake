@@ -16,5 +16,8 @@ write_basic_package_version_file(${CMAKE_BINARY_DIR}/QvApiConfigVersion.cmake
 install(FILES ${CMAKE_BINARY_DIR}/QvApiConfig.cmake ${CMAKE_BINARY_DIR}/QvApiConfigVersion.cmake
     DESTINATION ${CMAKE_INSTALL_LIBDIR}/cmake/QvApi)
 
+# The .pc file finds its prefix relative to itself, so "cmake --install --prefix" anywhere works.
+file(RELATIVE_PATH QV_PC_TO_PREFIX "/prefix/${CMAKE_INSTALL_LIBDIR}/pkgconfig" "/prefix")
+string(REGEX REPLACE "/$" "" QV_PC_TO_PREFIX "${QV_PC_TO_PREFIX}")
 configure_file(${CMAKE_SOURCE_DIR}/cmake/qvapi.pc.in ${CMAKE_BINARY_DIR}/qvapi.pc @ONLY)
 install(FILES ${CMAKE_BINARY_DIR}/qvapi.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)

@@ -62,11 +62,13 @@ public:
 
     /**
      * \brief Whether \a pBuffer holds a chunk layout this adapter can parse.
+     * \param[in] pBuffer      The buffer's first byte.
      * \param[in] bufferLength Valid bytes of the buffer (the filled size, not the allocation).
      */
     virtual bool CheckBufferLayout(uint8_t* pBuffer, int64_t bufferLength) = 0;
     /**
      * \brief Attaches the chunks of \a pBuffer to the ports with their IDs.
+     * \param[in] pBuffer The buffer's first byte; it must stay valid while chunks are attached.
      * \param[in] bufferLength Valid bytes of the buffer.
      * \param[out] pAttachStatistics Counts of this attach, or null.
      * \throws RuntimeException when the layout is not valid; every port is then detached.

@@ -47,6 +47,9 @@ public:
 
     /**
      * \brief Points the port at \a length bytes at \a pBaseAddress + \a chunkOffset.
+     * \param[in] pBaseAddress The buffer holding the chunk.
+     * \param[in] chunkOffset  Offset of the chunk data in the buffer, in bytes.
+     * \param[in] length       Length of the chunk data in bytes.
      * \param[in] cache Copy the bytes now (the port then stays readable after DetachChunk()).
      * \note Fires the callbacks of the Port node and every node reading through it. The memory
      *       must stay valid until DetachChunk() unless it was copied.

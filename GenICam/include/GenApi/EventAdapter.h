@@ -47,6 +47,7 @@ public:
     /**
      * \brief Delivers one message of the transport (a whole packet, header included).
      * \param[in] pMessage The message; only its first \a numBytes bytes are read.
+     * \param[in] numBytes Length of the message in bytes.
      * \throws RuntimeException "Malformed message - ..." when the message is not valid.
      */
     virtual void DeliverMessage(const uint8_t pMessage[], uint32_t numBytes) = 0;

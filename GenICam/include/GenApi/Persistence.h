@@ -62,6 +62,7 @@ public:
      * values are appended as plain entries. The info text becomes the device line
      * "Device = <Vendor>::<Model> -- <ToolTip> -- Device version = ... -- Product GUID = ...
      * -- Product version GUID = ...".
+     * \param[in] pNodeMap The node map to read.
      * \param[in] maxEntries Stop once the bag holds this many entries (0 counts as 1; negative:
      *            no limit).
      * \param[in] pFeatureFilter Only these feature names (with their selectors' entries), or null.
@@ -81,6 +82,8 @@ public:
      * When \a verify is true and every write succeeded, the bag is replayed once more: selectors
      * are written again and every other value is read back with verification and compared as
      * text.
+     * \param[in] pNodeMap The node map to write.
+     * \param[in] verify   Read every value back afterwards and compare it.
      * \param[out] pErrorList Receives one text per failure ("Error while writing node
      *             '<name>': ...", "Error while verifying node '<name>'. Expected '...', but found
      *             '...'", ...), appended; may be null.

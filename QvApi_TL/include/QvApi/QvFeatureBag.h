@@ -31,6 +31,7 @@ public:
     /**
      * \brief Replaces the bag's content by the streamable features of \a pNodeMap (typically a
      *        camera's remote node map), selector states included.
+     * \param[in] pNodeMap   The node map to read.
      * \param[in] maxEntries Stop after this many entries; -1 for no limit.
      * \return The number of entries stored.
      * \throws InvalidArgumentException "Nodemap pointer is NULL".
@@ -51,6 +52,7 @@ public:
     virtual void StoreFileToBag(const GenICam::gcstring& fileName) = 0;
     /**
      * \brief Applies the bag to \a pNodeMap.
+     * \param[in] pNodeMap The node map to write.
      * \param[in] verify Read every value back afterwards and compare.
      * \param[out] pErrorList Receives one text per feature that could not be applied or
      *             verified; may be null.

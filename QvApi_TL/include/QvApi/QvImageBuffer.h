@@ -50,6 +50,9 @@ public:
      * \brief Gives the buffer a geometry and format, reusing the memory when it is big enough.
      *
      * Memory is not cleared. A reallocation ends the ROI view handed out before.
+     * \param[in] width              Pixels per line.
+     * \param[in] height             Lines.
+     * \param[in] pixelFormat        Format of the pixels.
      * \param[in] linePitchAlignment Byte multiple of the line pitch; 0 takes the format's own.
      * \throws OutOfRangeException when width or height is 0.
      * \throws RuntimeException "Unknown pixelformat 0x%X" for a code the library does not know.

@@ -74,6 +74,7 @@ public:
     virtual IQvDeviceInfo* GetIQvDeviceInfo(size_t nIndex) const = 0;
     /**
      * \brief Whether listed device \a nIndex can be opened with \a flags, by its access status.
+     * \param[in] nIndex Index in the device list.
      * \param[in] flags DEVICE_ACCESS_READONLY (2), _CONTROL (3) or _EXCLUSIVE (4).
      * \throws GenICam::OutOfRangeException for other flags ("eDeviceAccessFlags") or the index.
      * \throws CQvGenTLErrorException when the status cannot be read.
@@ -87,6 +88,7 @@ public:
     virtual IQvDeviceReleasable* CreateIQvDevice(size_t nIndex, GenTL::DEVICE_ACCESS_FLAGS flags) = 0;
     /**
      * \brief Opens the device with this ID (IFOpenDevice).
+     * \param[in] deviceID The device's GenTL ID, as IQvDeviceInfo::GetID() gives it.
      * \param[in] flags GenTL access flags; DEVICE_ACCESS_READONLY gives a remote port that
      *                  refuses writes.
      * \return The device; the caller ends it with Release().

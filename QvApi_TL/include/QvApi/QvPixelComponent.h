@@ -109,6 +109,8 @@ public:
     /**
      * \brief Decodes pixel (x, y) of \a pIQvImage into the component list.
      * \param[in] pIQvImage The image, borrowed for the call only; must not be null.
+     * \param[in] x         Column of the pixel.
+     * \param[in] y         Row of the pixel.
      * \throws OutOfRangeException when x or y lies outside the image.
      * \throws RuntimeException "Not supported pixelformat %s" when no reader handles the format,
      *         or "Unknown pixelformat 0x%X" when the code is not a pixel format at all.
@@ -121,6 +123,10 @@ public:
      * pixel (B, G, R for BGR8; Y, Cb, Cr for YCbCr 4:2:2 ...). Chroma samples shared by a group
      * of pixels change for the whole group. Bits outside the written sample keep their value.
      * \param[in] pIQvImage The image, borrowed for the call only; must not be null.
+     * \param[in] x         Column of the pixel.
+     * \param[in] y         Row of the pixel.
+     * \param[in] nIndex    Which component of the pixel.
+     * \param[in] value     The raw sample to store.
      * \throws OutOfRangeException when x, y or nIndex lie outside their ranges, or value does
      *         not fit the component's bit depth.
      * \throws RuntimeException "Not supported pixelformat %s" for formats whose sample layout

@@ -21,7 +21,7 @@ bool IsSpace(char c)
 } // namespace
 
 CNodeBuilder::CNodeBuilder(CNodeMapImpl& map, std::string_view sourceText, bool isSchema10)
-    : m_map(map), m_sourceText(sourceText), m_isSchema10(isSchema10)
+    : m_map(map), m_lines(sourceText), m_isSchema10(isSchema10)
 {
 }
 
@@ -212,22 +212,11 @@ void CNodeBuilder::FailBadValue(const pugi::xml_node& element, const CNode* pFro
 
 unsigned CNodeBuilder::LineOf(size_t offset) const
 {
-    if (offset > m_sourceText.size())
-        offset = m_sourceText.size();
-    unsigned line = 1;
-    for (size_t i = 0; i < offset; ++i)
-        if (m_sourceText[i] == '\n')
-            ++line;
-    return line;
+    return m_lines.LineOf(offset);
 }
 
 unsigned CNodeBuilder::ColumnOf(size_t offset) const
 {
-    if (offset > m_sourceText.size())
-        offset = m_sourceText.size();
-    size_t start = offset;
-    while (start > 0 && m_sourceText[start - 1] != '\n')
-        --start;
-    return static_cast<unsigned>(offset - start + 1);
+    return m_lines.ColumnOf(offset);
 }
 } // namespace GenApi

@@ -10,6 +10,7 @@
 
 #include "Engine/Formula/FormulaCompiler.h"
 #include "Engine/Load/Element.h"
+#include "Engine/Load/LineIndex.h"
 
 namespace GenApi
 {
@@ -106,7 +107,7 @@ public:
 
 private:
     CNodeMapImpl& m_map;
-    std::string_view m_sourceText; // the description as loaded, for line numbers
+    CLineIndex m_lines; // of the description as loaded
     bool m_isSchema10;
     const void* m_pLastElement = nullptr;
     EElement_t m_lastElement = EElement_t::Unknown;

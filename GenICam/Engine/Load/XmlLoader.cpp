@@ -10,6 +10,7 @@
 
 #include <Base/GCException.h>
 
+#include "Engine/Load/LineIndex.h"
 #include "Engine/Load/NodeBuilder.h"
 #include "Engine/NodeMap/NodeMapImpl.h"
 #include "Engine/Nodes/BooleanNode.h"
@@ -102,24 +103,10 @@ struct PendingNode_t
 class CLoadPass
 {
 public:
-    CLoadPass(CNodeMapImpl& map, const std::string& text) : m_map(map), m_text(text) {}
+    CLoadPass(CNodeMapImpl& map, const std::string& text) : m_map(map), m_lines(text) {}
 
-    unsigned LineOf(size_t offset) const
-    {
-        unsigned line = 1;
-        for (size_t i = 0; i < offset && i < m_text.size(); ++i)
-            if (m_text[i] == '\n')
-                ++line;
-        return line;
-    }
-    unsigned ColumnOf(size_t offset) const
-    {
-        size_t start = offset < m_text.size() ? offset : m_text.size();
-        const size_t end = start;
-        while (start > 0 && m_text[start - 1] != '\n')
-            --start;
-        return static_cast<unsigned>(end - start + 1);
-    }
+    unsigned LineOf(size_t offset) const { return m_lines.LineOf(offset); }
+    unsigned ColumnOf(size_t offset) const { return m_lines.ColumnOf(offset); }
 
     CNode* Create(ENodeKind_t kind, std::string_view name, const pugi::xml_node& element,
                   std::unique_ptr<CNode> pPrepared = nullptr)
@@ -259,7 +246,7 @@ private:
     }
 
     CNodeMapImpl& m_map;
-    const std::string& m_text;
+    CLineIndex m_lines; // of the description as given (the parsed copy is changed in place)
     std::vector<PendingNode_t> m_pending;
     unsigned m_nesting = 0;
 };

@@ -1,6 +1,8 @@
 #include "Engine/NodeMap/NodeMapImpl.h"
 
 #include <algorithm>
+#include <cstdint>
+#include <string>
 
 #include <Base/GCException.h>
 #include <GenApi/IPort.h>
@@ -57,6 +59,12 @@ CNode* CNodeMapImpl::FindNode(std::string_view name) const
 
 void CNodeMapImpl::AddLoadWarning(size_t offset, const std::string& text)
 {
+    // A hostile description can hold millions of tolerated defects; the first ones tell enough.
+    if (m_loadWarnings.size() >= kMaxLoadWarnings)
+    {
+        ++m_droppedLoadWarnings;
+        return;
+    }
     m_loadWarnings.emplace_back(offset, GenICam::gcstring(text.c_str(), text.size()));
 }
 
@@ -65,6 +73,9 @@ void CNodeMapImpl::FinishLoading()
     // Warnings come from several load passes; report them in document order.
     std::stable_sort(m_loadWarnings.begin(), m_loadWarnings.end(),
                      [](const auto& a, const auto& b) { return a.first < b.first; });
+    if (m_droppedLoadWarnings > 0)
+        m_loadWarnings.emplace_back(SIZE_MAX, GenICam::gcstring(("... and " + std::to_string(m_droppedLoadWarnings) +
+                                                                 " more warnings").c_str()));
     m_ordered.clear();
     m_ordered.reserve(m_nodes.size());
     for (std::string_view name : m_orderNames)

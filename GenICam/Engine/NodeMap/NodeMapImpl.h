@@ -164,6 +164,8 @@ private:
     std::vector<CPortNode*> m_ports;
     std::vector<CNode*> m_polled;                          // nodes with a PollingTime
     std::vector<std::pair<size_t, GenICam::gcstring>> m_loadWarnings; // (offset, text) of what the loader tolerated
+    size_t m_droppedLoadWarnings = 0; // warnings past kMaxLoadWarnings, counted only
+    static constexpr size_t kMaxLoadWarnings = 1000;
 
     // Guarded by the lock.
     mutable uint32_t m_walkEpoch = 0;

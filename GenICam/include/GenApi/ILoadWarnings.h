@@ -22,7 +22,8 @@ namespace GenApi
  * Everything else stays a load error: dangling references where a value, an address, a length, a
  * range, a port or an invalidation is read (pValue, pAddress, pPort, pVariable, pIndex, pMin,
  * pInvalidator, pSelected, pError, ...), other invalid texts, duplicate names. Elements are
- * accepted in any order (the schema's order carries no meaning) and that is not recorded.
+ * accepted in any order (the schema's order carries no meaning) and that is not recorded. At most
+ * 1000 warnings are kept; a last line "... and N more warnings" counts the others.
  */
 GENICAM_INTERFACE GENAPI_DECL_ABSTRACT ILoadWarnings
 {

@@ -189,3 +189,20 @@ TEST(LoadWarnings, WarningsFollowTheDocumentOrder)
     EXPECT_EQ(warnings[0].find("Node 'Lost'"), 0u);
     EXPECT_EQ(warnings[1].find("Node 'Root'"), 0u);
 }
+
+TEST(LoadWarnings, ThousandsOfDefectsLoadQuicklyAndAreCounted)
+{
+    // One warning per dangling feature, each naming its line: the line numbers must not cost a
+    // scan of the text per warning, and the list stops growing at a thousand.
+    std::string nodes = "<Category Name=\"Root\">\n";
+    for (int i = 0; i < 5000; ++i)
+        nodes += "<pFeature>Gone" + std::to_string(i) + "</pFeature>\n";
+    nodes += "<pFeature>Kept</pFeature></Category><Integer Name=\"Kept\"><Value>1</Value></Integer>";
+    CNodeMapRef nodeMap = LoadSnippet(nodes);
+    EXPECT_EQ(FeatureNames(nodeMap, "Root"), (std::vector<std::string>{"Kept"}));
+    const std::vector<std::string> warnings = WarningsOf(nodeMap);
+    ASSERT_EQ(warnings.size(), 1001u);
+    EXPECT_EQ(warnings[0], "Node 'Root' : pFeature 'Gone0' names no node; left out of the category (line 4)");
+    EXPECT_EQ(warnings[999], "Node 'Root' : pFeature 'Gone999' names no node; left out of the category (line 1003)");
+    EXPECT_EQ(warnings[1000], "... and 4000 more warnings");
+}

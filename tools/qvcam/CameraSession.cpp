@@ -1,7 +1,9 @@
 #include "CameraSession.h"
 
 #include <dirent.h>
+#include <limits.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
 #include <algorithm>
 #include <cstdlib>
@@ -176,7 +178,26 @@ std::string CCameraSession::NoProducerMessage() const
 {
     const char* value = std::getenv("GENICAM_GENTL64_PATH");
     if (value == nullptr || value[0] == '\0')
-        return "no GenTL producer: GENICAM_GENTL64_PATH is not set (it names the folders holding .cti files)";
+    {
+        // An installed qvcam knows where the SDK's own producer was installed beside it.
+        std::string hint;
+        char exe[4096];
+        const ssize_t length = readlink("/proc/self/exe", exe, sizeof(exe) - 1);
+        if (length > 0)
+        {
+            std::string folder(exe, static_cast<size_t>(length));
+            folder = folder.substr(0, folder.rfind('/')) + "/../lib/qvapi/gentl";
+            struct stat info;
+            if (stat((folder + "/libqvgentl.cti").c_str(), &info) == 0)
+            {
+                char resolved[4096];
+                if (realpath(folder.c_str(), resolved) != nullptr)
+                    folder = resolved;
+                hint = "; the SDK's own producer is in " + folder;
+            }
+        }
+        return "no GenTL producer: GENICAM_GENTL64_PATH is not set (it names the folders holding .cti files" + hint + ")";
+    }
     return std::string("no GenTL producer (.cti file) found on GENICAM_GENTL64_PATH=") + value;
 }
 

@@ -6,3 +6,6 @@ namespace GenICam {}
 namespace GenApi {}
 namespace GenICam_3_0 = GenICam;
 namespace GenApi_3_0 = GenApi;
+
+/// The GenICam namespace as applications spell it ("using namespace GENICAM_NAMESPACE;").
+#define GENICAM_NAMESPACE GenICam

@@ -2,6 +2,7 @@
 
 #include <Base/GCBase.h>
 #include <GenApi/Autovector.h>
+#include <GenApi/GenApiNamespace.h>
 
 namespace GenApi
 {

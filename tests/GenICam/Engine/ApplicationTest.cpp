@@ -13,8 +13,8 @@
 #include <GenApi/GenApi.h>
 #include <GenApi/PortImpl.h>
 
-using namespace GenICam;
-using namespace GenApi;
+using namespace GENICAM_NAMESPACE;
+using namespace GENAPI_NAMESPACE;
 
 namespace
 {

@@ -1,6 +1,8 @@
 #include "transport/RemoteEventCodec.h"
 
 #include <cstring>
+#include <stdexcept>
+#include <string>
 
 #include <QvGenTL/VirtualCamera.h>
 
@@ -23,6 +25,23 @@ constexpr uint16_t kU3vEventCmd = 0x0C00;
 constexpr size_t kU3vHeaderSize = 12;
 constexpr size_t kU3vScdHeaderSize = 12;
 
+/// GEV items, U3V SCDs and both packet headers give sizes in 16-bit fields.
+constexpr size_t kMaxSizeField = 0xFFFF;
+
+[[noreturn]] void ThrowSizeFieldOverflow(size_t dataSize, const char* what)
+{
+    throw std::length_error(std::string(what) + " of " + std::to_string(dataSize) +
+                            " bytes does not fit its 16-bit size field");
+}
+
+/// Throws unless headerSize + dataSize fits a 16-bit size field (so the sum cannot wrap either).
+/// Inline, so that the compiler also knows the bound where the record is built.
+inline void CheckSizeField(size_t headerSize, size_t dataSize, const char* what)
+{
+    if (dataSize > kMaxSizeField - headerSize)
+        ThrowSizeFieldOverflow(dataSize, what);
+}
+
 } // namespace
 
 EEventLayout_t EventLayoutOf(const std::string& tlType)
@@ -37,6 +56,7 @@ EEventLayout_t EventLayoutOf(const std::string& tlType)
 std::vector<uint8_t> MakeGevEventItem(uint16_t eventId, uint16_t channel, uint16_t blockId, uint64_t timestamp,
                                       const uint8_t* data, size_t size)
 {
+    CheckSizeField(kGvcpItemSize, size, "GEV event data");
     std::vector<uint8_t> item(kGvcpItemSize + size, 0);
     StoreBE(&item[0], kGvcpItemSize + size, 2); // as an event port sees it; 0 on the wire
     StoreBE(&item[2], eventId, 2);
@@ -50,6 +70,7 @@ std::vector<uint8_t> MakeGevEventItem(uint16_t eventId, uint16_t channel, uint16
 
 std::vector<uint8_t> MakeU3vEventScd(uint16_t eventId, uint64_t timestamp, const uint8_t* data, size_t size)
 {
+    CheckSizeField(kU3vScdHeaderSize, size, "U3V event data");
     std::vector<uint8_t> scd(kU3vScdHeaderSize + size, 0);
     StoreLE(&scd[0], kU3vScdHeaderSize + size, 2);
     StoreLE(&scd[2], eventId, 2);
@@ -66,6 +87,10 @@ std::vector<uint8_t> EncodeRemoteEvent(EEventLayout_t layout, uint64_t eventId, 
     {
     case EEventLayout_t::Gev:
     {
+        CheckSizeField(0, payload.size(), "GEV event payload");
+        if (payload.size() < kGvcpItemSize) // its first field is cleared below
+            throw std::invalid_argument("GEV event payload of " + std::to_string(payload.size()) +
+                                        " bytes is shorter than an event item");
         std::vector<uint8_t> packet(kGvcpHeaderSize + payload.size());
         packet[0] = kGvcpKey;
         packet[1] = 0; // no acknowledge wanted
@@ -81,6 +106,7 @@ std::vector<uint8_t> EncodeRemoteEvent(EEventLayout_t layout, uint64_t eventId, 
     }
     case EEventLayout_t::U3v:
     {
+        CheckSizeField(0, payload.size(), "U3V event payload");
         std::vector<uint8_t> message(kU3vHeaderSize + payload.size());
         StoreLE(&message[0], kU3vEventPrefix, 4);
         StoreLE(&message[4], 0, 2); // flags: no acknowledge wanted

@@ -66,7 +66,30 @@ void CConverterNode::WriteLocked(double value, bool verify)
     m_pValue->SetFloatValueLocked(m_to.EvaluateFloat(m_binding, &from), verify);
 }
 
+void CConverterNode::DropCacheLocked()
+{
+    m_rangeValid = false;
+    CNode::DropCacheLocked();
+}
+
 void CConverterNode::RangeLocked(double& minimum, double& maximum)
+{
+    if (m_rangeValid)
+    {
+        minimum = m_rangeMin, maximum = m_rangeMax;
+        return;
+    }
+    ComputeRangeLocked(minimum, maximum);
+    // Whatever changes pValue's range or a variable reaches this node and drops the range,
+    // unless a NoCache node among them can change unannounced.
+    if (ValuesCacheableLocked())
+    {
+        m_rangeMin = minimum, m_rangeMax = maximum;
+        m_rangeValid = true;
+    }
+}
+
+void CConverterNode::ComputeRangeLocked(double& minimum, double& maximum)
 {
     if (m_slope == Varying)
     {

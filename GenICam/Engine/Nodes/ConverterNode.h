@@ -19,6 +19,7 @@ public:
     ECachingMode ComputeCachingModeLocked() override;
     EAccessMode NaturalAccessLocked(bool structural) override;
     CNode* ForwardsTo() const override { return m_pValue; }
+    void DropCacheLocked() override;
     bool HasParseError() const { return m_from.HasParseError() || m_to.HasParseError(); }
     void ThrowIfParseError() const { m_to.ThrowIfParseError(), m_from.ThrowIfParseError(); }
 
@@ -33,6 +34,7 @@ protected:
 private:
     /// FormulaFrom of pValue's minimum and maximum, ordered by the Slope.
     void RangeLocked(double& minimum, double& maximum);
+    void ComputeRangeLocked(double& minimum, double& maximum);
 
     CFormulaBinding m_binding;
     Engine::CFormula m_to;
@@ -42,5 +44,9 @@ private:
     CNode* m_pValue = nullptr;
     ESlope m_slope = Automatic;
     bool m_isLinear = false;
+    // Min and Max cost two formula evaluations over pValue's range; kept until invalidated.
+    double m_rangeMin = 0;
+    double m_rangeMax = 0;
+    bool m_rangeValid = false;
 };
 } // namespace GenApi

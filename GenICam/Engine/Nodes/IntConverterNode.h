@@ -19,6 +19,7 @@ public:
     ECachingMode ComputeCachingModeLocked() override;
     EAccessMode NaturalAccessLocked(bool structural) override;
     CNode* ForwardsTo() const override { return m_pValue; }
+    void DropCacheLocked() override;
     bool HasParseError() const { return m_from.HasParseError() || m_to.HasParseError(); }
     void ThrowIfParseError() const { m_to.ThrowIfParseError(), m_from.ThrowIfParseError(); }
 
@@ -30,6 +31,7 @@ protected:
 
 private:
     void RangeLocked(int64_t& minimum, int64_t& maximum);
+    void ComputeRangeLocked(int64_t& minimum, int64_t& maximum);
 
     CFormulaBinding m_binding;
     Engine::CFormula m_to;
@@ -38,5 +40,9 @@ private:
     pugi::xml_node m_toElement, m_fromElement; // valid while loading only
     CNode* m_pValue = nullptr;
     ESlope m_slope = Automatic;
+    // Min and Max cost two formula evaluations over pValue's range; kept until invalidated.
+    int64_t m_rangeMin = 0;
+    int64_t m_rangeMax = 0;
+    bool m_rangeValid = false;
 };
 } // namespace GenApi

@@ -366,6 +366,19 @@ bool CNode::AccessModeCacheableLocked(bool ignoreLock)
     return cacheable;
 }
 
+bool CNode::ValuesCacheableLocked()
+{
+    if (m_valuesCacheable >= 0)
+        return m_valuesCacheable != 0;
+    m_valuesCacheable = 1; // provisional: a cycle back here counts as cacheable
+    bool cacheable = CachingMode() != NoCache;
+    for (CNode* pReference : m_references)
+        if (!pReference->ValuesCacheableLocked())
+            cacheable = false;
+    m_valuesCacheable = cacheable ? 1 : 0;
+    return cacheable;
+}
+
 void CNode::CheckReadableLocked(const char* method)
 {
     if (!ReadableLocked())

@@ -100,6 +100,12 @@ public:
     /// Whether the access mode may be cached (false when it depends on uncached values); with
     /// \a ignoreLock, whether it may be cached apart from pIsLocked.
     bool AccessModeCacheableLocked(bool ignoreLock = false);
+    /**
+     * \brief Whether every value this node reads, directly or not, may be cached (no NoCache node
+     *        among them): results derived from them (a converter's range) may then be kept until
+     *        the next invalidation reaches this node.
+     */
+    bool ValuesCacheableLocked();
 
     // ---- value protocol (lock held; used between nodes, e.g. pValue, pMin, formula variables) ----
     virtual int64_t IntValueLocked(bool verify, bool ignoreCache);
@@ -249,6 +255,7 @@ protected:
     bool m_accessInProgress = false;
     int8_t m_accessCacheable = -1; // -1 unknown, 0 no, 1 yes
     int8_t m_readCacheable = -1;   // the same, pIsLocked left out
+    int8_t m_valuesCacheable = -1; // ValuesCacheableLocked(): -1 unknown, 0 no, 1 yes
     uint8_t m_readState = kReadUnknown;
 
 public:

@@ -162,3 +162,52 @@ TEST(Caching, EveryWriteReachesEveryDependentAgain)
             EXPECT_EQ(twice->GetValue(), 2 * value);
         }
 }
+
+TEST(Caching, ConverterRangesFollowTheirInputs)
+{
+    // Range of the converters = FormulaFrom(range of P) * Scale; P's Max is a register. Kept
+    // between reads, the range must still follow a write to the Max register or the scale, and
+    // must not be kept at all when the Max register is NoCache (it may change on the device).
+    CMemoryPort port;
+    port.Poke(0, {100, 0, 0, 0, 10, 0, 0, 0, 200, 0, 0, 0});
+    CNodeMapRef nodeMap = LoadSnippet(
+        IntReg("MaxReg", 0) + IntReg("PReg", 4) + IntReg("VolatileMax", 8, "<Cachable>NoCache</Cachable>") +
+            "<Integer Name=\"Scale\"><Value>2</Value></Integer>"
+            "<Integer Name=\"P\"><pValue>PReg</pValue><Min>0</Min><pMax>MaxReg</pMax></Integer>"
+            "<Integer Name=\"Q\"><pValue>PReg</pValue><Min>0</Min><pMax>VolatileMax</pMax></Integer>"
+            "<IntConverter Name=\"C\"><pVariable Name=\"S\">Scale</pVariable><FormulaTo>FROM/S</FormulaTo>"
+            "<FormulaFrom>TO*S</FormulaFrom><pValue>P</pValue><Slope>Increasing</Slope></IntConverter>"
+            "<Converter Name=\"F\"><pVariable Name=\"S\">Scale</pVariable><FormulaTo>FROM/S</FormulaTo>"
+            "<FormulaFrom>TO*S</FormulaFrom><pValue>P</pValue><Slope>Increasing</Slope></Converter>"
+            "<IntConverter Name=\"V\"><FormulaTo>FROM</FormulaTo><FormulaFrom>TO*3</FormulaFrom>"
+            "<pValue>Q</pValue><Slope>Increasing</Slope></IntConverter>",
+        &port);
+    CIntegerPtr c = nodeMap._GetNode("C");
+    CFloatPtr f = nodeMap._GetNode("F");
+    CIntegerPtr v = nodeMap._GetNode("V");
+    EXPECT_EQ(c->GetMax(), 200);
+    EXPECT_EQ(f->GetMax(), 200.0);
+    EXPECT_EQ(v->GetMax(), 600);
+    EXPECT_EQ(c->GetValue(true), 20); // a verified read checks the kept range
+
+    CIntegerPtr(nodeMap._GetNode("MaxReg"))->SetValue(50);
+    EXPECT_EQ(c->GetMax(), 100);
+    EXPECT_EQ(f->GetMax(), 100.0);
+    CIntegerPtr(nodeMap._GetNode("Scale"))->SetValue(3);
+    EXPECT_EQ(c->GetMax(), 150);
+    EXPECT_EQ(f->GetMax(), 150.0);
+    EXPECT_THROW(c->SetValue(153), GenICam::OutOfRangeException);
+    c->SetValue(150);
+    EXPECT_EQ(CIntegerPtr(nodeMap._GetNode("PReg"))->GetValue(), 50);
+
+    // Nothing announces a change of a NoCache register: its converter computes the range anew.
+    port.Poke(8, {40, 0, 0, 0});
+    EXPECT_EQ(v->GetMax(), 120);
+    port.Poke(8, {41, 0, 0, 0});
+    EXPECT_EQ(v->GetMax(), 123);
+    // And the cached range of C is not kept past InvalidateNodes.
+    port.Poke(0, {70, 0, 0, 0});
+    EXPECT_EQ(c->GetMax(), 150);
+    nodeMap._InvalidateNodes();
+    EXPECT_EQ(c->GetMax(), 210);
+}

@@ -11,6 +11,7 @@
 #include "QvApi_TL/QvDeviceInside.h"
 #include "QvApi_TL/QvInterfaceInside.h"
 #include "QvApi_TL/QvStreamBuffer.h"
+#include "QvSDKCommon/QvROIImage.h"
 #include "QvSDKCommon/QvExceptionMacros.h"
 
 namespace QvApi
@@ -33,6 +34,11 @@ constexpr uint32_t kCxpBayer[4][5] = {
 CQvStreamBufferImage::CQvStreamBufferImage(CQvStreamBuffer* pBuffer) : m_pBuffer(pBuffer) {}
 
 CQvStreamBufferImage::~CQvStreamBufferImage() = default;
+
+void CQvStreamBufferImage::ReleaseROIImage()
+{
+    m_pROIImage.reset();
+}
 
 EQvPixelFormatNamingConvention_t CQvStreamBufferImage::MapCoaXPressPixelFormat(uint64_t cxpPixelFormat)
 {

@@ -9,7 +9,6 @@
 
 #include "QvApi_TL/QvPixelComponent.h"
 #include "QvSDKCommon/QvImageInside.h"
-#include "QvSDKCommon/QvROIImage.h"
 
 namespace GenApi
 {
@@ -20,6 +19,7 @@ struct INodeMap;
 
 namespace QvApi
 {
+class CQvROIImage;
 class CQvStreamBuffer;
 
 /**
@@ -62,7 +62,7 @@ public:
     IQvPixelComponentValue* GetIQvPixelComponentValue(size_t x, size_t y) override;
 
     /// Ends the ROI view (the buffer is being revoked).
-    void ReleaseROIImage() { m_pROIImage.reset(); }
+    void ReleaseROIImage();
 
     /**
      * \brief The PFNC code of a CoaXPress pixel format code (class bits 8-11, variant 4-7,

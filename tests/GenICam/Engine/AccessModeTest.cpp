@@ -42,12 +42,19 @@ Outcome_t Probe(const std::string& nodes)
         outcome.unverifiedWriteWorks = false;
     }
     outcome.portWrites = static_cast<int>(port.GetWriteCount());
+    // Braces: EXPECT_EQ expands to an if/else of its own.
     if (!IsWritable(outcome.access))
+    {
         EXPECT_EQ(ErrorOf([&] { node->SetValue(9, true); }), "Node is not writable.") << nodes;
+    }
     if (!IsReadable(outcome.access))
+    {
         EXPECT_EQ(ErrorOf([&] { node->GetValue(); }), "Node is not readable.") << nodes;
+    }
     if (!IsAvailable(outcome.access))
+    {
         EXPECT_EQ(ErrorOf([&] { node->GetMin(); }), "Node is not available.") << nodes;
+    }
     return outcome;
 }
 } // namespace

@@ -12,6 +12,7 @@
 // Only GenICam exceptions may come out of the engine: anything else escapes this function and
 // libFuzzer reports it, like any crash, leak or hang.
 
+#include <algorithm>
 #include <cmath>
 #include <cstdint>
 #include <cstring>

@@ -119,14 +119,16 @@ public:
             throw RUNTIME_EXCEPTION("Error while parsing XML stream at line %u and column %u : 'more than %zu nodes are refused'",
                                     LineOf(static_cast<size_t>(element.offset_debug())),
                                     ColumnOf(static_cast<size_t>(element.offset_debug())), CXmlLoader::kMaxNodes);
-        if (m_map.FindNode(name))
+        // One look-up both finds a duplicate and reserves the name.
+        CNameTable::Entry_t* pEntry = m_map.ClaimName(name);
+        if (pEntry->pNode)
         {
             const std::string copy(name);
             throw RUNTIME_EXCEPTION("XML Parse error at line %u and column %u, Found a duplicate node'%s'.",
                                     LineOf(static_cast<size_t>(element.offset_debug())),
                                     ColumnOf(static_cast<size_t>(element.offset_debug())), copy.c_str());
         }
-        CNode* pNode = pPrepared ? m_map.AddNode(std::move(pPrepared)) : m_map.AddNode(CreateNode(kind, &m_map, name));
+        CNode* pNode = m_map.AddNode(pPrepared ? std::move(pPrepared) : CreateNode(kind, &m_map, name), pEntry);
         pNode->SetSourceOffset(static_cast<uint32_t>(element.offset_debug()));
         if (std::strcmp(element.attribute("NameSpace").value(), "Standard") == 0)
             pNode->SetNameSpace(Standard);

@@ -25,13 +25,18 @@ CNodeMapImpl::~CNodeMapImpl() = default;
 
 // ---------------------------------------------------------------- building
 
-CNode* CNodeMapImpl::AddNode(std::unique_ptr<CNode> pNode)
+CNameTable::Entry_t* CNodeMapImpl::ClaimName(std::string_view name)
+{
+    std::pair<CNameTable::Entry_t*, bool> result = m_byName.Emplace(name);
+    if (result.second)
+        m_orderNames.push_back(name);
+    return result.first;
+}
+
+CNode* CNodeMapImpl::AddNode(std::unique_ptr<CNode> pNode, CNameTable::Entry_t* pEntry)
 {
     CNode* pRaw = pNode.get();
-    std::pair<CNameTable::Entry_t*, bool> result = m_byName.Emplace(pRaw->Name());
-    if (result.second)
-        m_orderNames.push_back(pRaw->Name());
-    result.first->pNode = pRaw;
+    pEntry->pNode = pRaw;
     m_nodes.push_back(std::move(pNode));
     return pRaw;
 }

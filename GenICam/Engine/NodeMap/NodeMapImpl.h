@@ -59,8 +59,14 @@ public:
     ~CNodeMapImpl() override;
 
     // ---- building (loader only) ----
-    /// Takes ownership of a node; it becomes findable by name (which must stay valid). Returns the node.
-    CNode* AddNode(std::unique_ptr<CNode> pNode);
+    /**
+     * \brief The name table's entry of \a name, created (with its place in the node order) when
+     *        new. Its pNode is set when a node of that name exists. Valid until another name is added.
+     */
+    CNameTable::Entry_t* ClaimName(std::string_view name);
+    /// Takes ownership of a node whose name's entry \a pEntry (from ClaimName) is; the name must
+    /// stay valid. Returns the node.
+    CNode* AddNode(std::unique_ptr<CNode> pNode, CNameTable::Entry_t* pEntry);
     /// Reserves a place in the node order for a name met before its node (a reference).
     void ReserveOrder(std::string_view name);
     /// Node by name, or null.

@@ -1,8 +1,6 @@
 #include "Engine/Nodes/NodeKind.h"
 
 #include <cstring>
-#include <string_view>
-#include <unordered_map>
 
 namespace GenApi
 {
@@ -54,18 +52,14 @@ const char* NodeKindName(ENodeKind_t kind)
 
 bool NodeKindOfElement(const char* elementName, ENodeKind_t& kind)
 {
-    // Called for every top-level element: a hash lookup rather than a walk through the table.
-    static const std::unordered_map<std::string_view, ENodeKind_t> byName = [] {
-        std::unordered_map<std::string_view, ENodeKind_t> table;
-        for (const KindName_t& item : kKinds)
-            if (item.kind != ENodeKind_t::StructEntry)
-                table.emplace(item.elementName, item.kind);
-        return table;
-    }();
-    auto it = byName.find(elementName);
-    if (it == byName.end())
-        return false;
-    kind = it->second;
-    return true;
+    // Called for every top-level element: the first letter leaves one to four names to compare.
+    for (const KindName_t& item : kKinds)
+        if (item.elementName[0] == elementName[0] && item.kind != ENodeKind_t::StructEntry &&
+            std::strcmp(item.elementName, elementName) == 0)
+        {
+            kind = item.kind;
+            return true;
+        }
+    return false;
 }
 } // namespace GenApi

@@ -26,7 +26,7 @@ using namespace QvAcquisitionTest;
 namespace
 {
 constexpr const char* kVirtualCameras = "U3V:1@320x240,GEV:1@320x240,CXP:1@320x240";
-constexpr double kSustainableRateHz = 2000.0;
+constexpr double kSustainableRateHz = 1000.0;
 constexpr uint32_t kRetrieveTimeoutMs = 3000;
 
 uint32_t MaskOf(const std::string& tlType)
@@ -86,7 +86,7 @@ TEST_P(Acquisition, PollsAThousandFramesInOrderWithTheirStampsAndNoneLost)
         previous = frameId;
         pBuffer->Release();
     }
-    EXPECT_GT(m_stream->GetCurrentFPS(), 50.0); // paced at 2000 Hz; a loaded machine renders slower
+    EXPECT_GT(m_stream->GetCurrentFPS(), 50.0); // paced at 1000 Hz; a loaded machine renders slower
     EXPECT_NEAR(m_stream->GetCurrentBPS(), m_stream->GetCurrentFPS() * 320 * 240, 320 * 240 * 50.0);
     StopBoth();
     EXPECT_EQ(m_stream->GetIQvDataStreamInfo()->GetNumUnderrun(), 0u);
@@ -104,8 +104,10 @@ public:
         if (pBuffer == nullptr)
             return;
         const uint64_t frameId = pBuffer->GetIQvStreamBufferInfo()->GetFrameID();
-        if (frameId != m_last + 1 || StampOf(pBuffer) != frameId)
+        if (frameId <= m_last || StampOf(pBuffer) != frameId)
             ++m_outOfOrder;
+        else
+            m_skipped += frameId - m_last - 1;
         m_last = frameId;
         m_threadSeen = std::this_thread::get_id();
         pBuffer->Release();
@@ -115,6 +117,7 @@ public:
 
     std::atomic<int> m_count{0};
     std::atomic<int> m_outOfOrder{0};
+    std::atomic<uint64_t> m_skipped{0}; // frame IDs the producer could not fill (underruns)
     uint64_t m_last = 0;
     std::thread::id m_threadSeen;
     int m_released = 0;
@@ -132,6 +135,9 @@ TEST_P(Acquisition, CallbacksReceiveAThousandFramesInOrderOnTheListenerThread)
     StopBoth();
     EXPECT_GE(callback.m_count.load(), 1000);
     EXPECT_EQ(callback.m_outOfOrder.load(), 0);
+    // Nothing lost at this rate; and whatever the producer might lose, the library loses nothing more.
+    EXPECT_EQ(callback.m_skipped.load(), m_stream->GetIQvDataStreamInfo()->GetNumUnderrun());
+    EXPECT_EQ(callback.m_skipped.load(), 0u);
     EXPECT_NE(callback.m_threadSeen, std::this_thread::get_id());
     m_stream->DeregisterCallback(hCallback);
     EXPECT_EQ(callback.m_released, 1);

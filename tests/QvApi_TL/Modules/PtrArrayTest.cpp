@@ -19,7 +19,7 @@ namespace
 // What the fakes saw, in order.
 std::vector<std::string> g_log;
 
-class CFakeDevice : public IQvDeviceReleasable
+class CFakeDevice final : public IQvDeviceReleasable
 {
 public:
     explicit CFakeDevice(std::string name, bool failStart = false) : m_name(std::move(name)), m_failStart(failStart) {}
@@ -53,7 +53,7 @@ private:
     bool m_failStart;
 };
 
-class CFakeSystem : public IQvSystemReleasable
+class CFakeSystem final : public IQvSystemReleasable
 {
 public:
     CFakeSystem(std::string name, IQvDeviceReleasable* pDevice) : m_name(std::move(name)), m_pDevice(pDevice) {}

@@ -24,8 +24,10 @@ using namespace QvAcquisitionTest;
 
 namespace
 {
-#if defined(__SANITIZE_THREAD__) || defined(__SANITIZE_ADDRESS__)
-constexpr double kDefaultRateHz = 1500.0; // instrumented code is several times slower
+#if defined(__SANITIZE_THREAD__)
+constexpr double kDefaultRateHz = 1000.0; // ThreadSanitizer: the consumer keeps up with ~4000 frames/s here
+#elif defined(__SANITIZE_ADDRESS__)
+constexpr double kDefaultRateHz = 1500.0;
 #else
 constexpr double kDefaultRateHz = 6000.0;
 #endif

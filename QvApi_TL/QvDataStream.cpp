@@ -411,7 +411,9 @@ void CQvDataStream::OnNewBuffer(IQvStreamBufferInside* pIQvStreamBufferInside)
     // Only this stream announces buffers with itself as their stream.
     CQvStreamBuffer* pBuffer = static_cast<CQvStreamBuffer*>(pIQvStreamBufferInside);
     CQvStreamBufferInfo& info = pBuffer->Info();
-    if (!info.IsIncomplete())
+    const bool incomplete = info.IsIncomplete();
+    pBuffer->SetFillIncomplete(incomplete); // RetrieveBuffer() needs it too: ask the producer once
+    if (!incomplete)
         m_fps.Rcv();
 
     size_t bytes = 0;
@@ -489,7 +491,7 @@ void CQvDataStream::PrepareChunkData(IQvStreamBufferInside* pIQvStreamBufferInsi
 {
     CQvStreamBuffer* pBuffer = static_cast<CQvStreamBuffer*>(pIQvStreamBufferInside);
     CQvStreamBufferInfo& info = pBuffer->Info();
-    if (info.IsIncomplete())
+    if (pBuffer->IsFillIncomplete())
         return;
     bool hasChunks = false;
     try

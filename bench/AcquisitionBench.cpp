@@ -24,6 +24,7 @@
 #include <fstream>
 #include <stdexcept>
 #include <string>
+#include <thread>
 #include <vector>
 
 #include <benchmark/benchmark.h>
@@ -246,6 +247,10 @@ void BM_SdkRetrieve(benchmark::State& state)
         camera.Device()->AcquisitionStart();
         for (int i = 0; i < 16; ++i)
             stream->RetrieveBuffer(5000, QvTimeoutHandling_Throw)->Release();
+        while (probe.m_tid.load() == 0) // the callback runs after the buffer was queued as filled
+            std::this_thread::yield();
+        while (probe.m_tid.load() == 0) // the callback runs after the buffer was queued as filled
+            std::this_thread::yield();
         stream->DeregisterCallback(hProbe); // measured without callbacks
         const pid_t self = ThreadId();
         const pid_t listener = probe.m_tid.load();
@@ -403,6 +408,8 @@ void BM_InterleavedRawVsSdk(benchmark::State& state)
         stream->StartAcquisition();
         session.Device(1)->AcquisitionStart();
         stream->RetrieveBuffer(5000, QvTimeoutHandling_Throw)->Release();
+        while (probe.m_tid.load() == 0) // the callback runs after the buffer was queued as filled
+            std::this_thread::yield();
         stream->DeregisterCallback(hProbe);
         const pid_t self = ThreadId();
         const pid_t listener = probe.m_tid.load();

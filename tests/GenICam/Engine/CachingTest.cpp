@@ -129,18 +129,22 @@ TEST(Caching, DependentsAreRecomputedAfterAWrite)
 
 TEST(Caching, EveryWriteReachesEveryDependentAgain)
 {
-    // A chain Top -> ... -> Base of pValue forwarders, a formula reading Top, and a listener.
-    // Every node of the chain is written in turn, several times: each write must reach the whole
-    // chain above it, whether the walk is replayed from a list kept by an earlier write or (once
-    // such lists grow large) walked afresh.
-    constexpr int kChain = 200; // shallower than the evaluation-depth guard; lists of 20000 nodes in all
+    // A chain Base -> ... -> Top where each node is invalidated by the one below it, a formula
+    // reading Top, and a listener. Every node of the chain is written in turn, several times:
+    // each write must reach the whole chain above it, whether the walk is replayed from a list
+    // kept by an earlier write or (once such lists grow large) walked afresh. pInvalidator links
+    // are walked like pValue ones, but do not nest evaluation: a chain of 200 pValue forwarders
+    // would be deeper than the evaluation bound.
+    constexpr int kChain = 200; // lists of 20000 nodes in all
     std::string nodes = "<Integer Name=\"N0\"><Value>0</Value></Integer>";
     for (int i = 1; i < kChain; ++i)
-        nodes += "<Integer Name=\"N" + std::to_string(i) + "\"><pValue>N" + std::to_string(i - 1) + "</pValue></Integer>";
+        nodes += "<Integer Name=\"N" + std::to_string(i) + "\"><Value>0</Value><pInvalidator>N" + std::to_string(i - 1) +
+                 "</pInvalidator></Integer>";
     const std::string top = "N" + std::to_string(kChain - 1);
     nodes += "<IntSwissKnife Name=\"Twice\"><pVariable Name=\"T\">" + top + "</pVariable><Formula>T*2</Formula></IntSwissKnife>";
     CNodeMapRef nodeMap = LoadSnippet(nodes);
     CIntegerPtr twice = nodeMap._GetNode("Twice");
+    CIntegerPtr topNode = nodeMap._GetNode(top.c_str());
     int calls = 0;
     struct Counter_t
     {
@@ -153,13 +157,17 @@ TEST(Caching, EveryWriteReachesEveryDependentAgain)
         for (int i = 0; i < kChain; i += round == 0 ? 1 : 9)
         {
             ++value;
-            EXPECT_EQ(twice->GetValue(), 2 * (value - 1)); // cached from the previous round
+            const int64_t topValue = topNode->GetValue();
+            EXPECT_EQ(twice->GetValue(), 2 * topValue);
+            EXPECT_TRUE(topNode->IsValueCacheValid());
             const int before = calls;
-            // Unverified: a verified write checks the range at every level of the chain.
-            CIntegerPtr(nodeMap._GetNode(("N" + std::to_string(i)).c_str()))->SetValue(value, false);
+            CIntegerPtr(nodeMap._GetNode(("N" + std::to_string(i)).c_str()))->SetValue(value);
             EXPECT_EQ(calls, before + 1) << "N" << i;
-            EXPECT_EQ(CIntegerPtr(nodeMap._GetNode(top.c_str()))->GetValue(), value);
-            EXPECT_EQ(twice->GetValue(), 2 * value);
+            if (i != kChain - 1) // a write keeps the written value cached
+            {
+                EXPECT_FALSE(topNode->IsValueCacheValid()) << "N" << i;
+            }
+            EXPECT_EQ(twice->GetValue(), 2 * (i == kChain - 1 ? value : topValue)) << "N" << i;
         }
 }
 

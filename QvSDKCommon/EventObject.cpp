@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cerrno>
 #include <cstdint>
+#include <memory>
 #include <new>
 
 #include "QvSDKCommon/QvExceptionMacros.h"
@@ -14,11 +15,14 @@ namespace Detail
 {
 // The private record of one WaitForMultipleObjects call: shaped like SQvEventSignal_, with one
 // flag bit per handle instead of a single signaled flag. SetEvent() of a registered event sets
-// its bit and wakes the wait (for wait-all only once every bit is set). Guarded by mutex.
+// its bit and wakes the wait (for wait-all only once every bit is set). Guarded by mutex. The
+// bits live in storage the call provides (its stack for up to 64 handles).
 struct SQvMultiEventsWait_
 {
-    SQvMultiEventsWait_(unsigned int count, bool waitAll) : flags(count, false), waitAll(waitAll)
+    SQvMultiEventsWait_(unsigned int count, bool waitAll, uint64_t* pFlagWords)
+        : flags(pFlagWords), count(count), waitAll(waitAll)
     {
+        std::fill(flags, flags + WordCount(count), uint64_t(0));
         if (pthread_cond_init(&condition, nullptr) != 0)
             QV_THROW_EMPTY(BadAllocException);
         if (pthread_mutex_init(&mutex, nullptr) != 0)
@@ -35,16 +39,31 @@ struct SQvMultiEventsWait_
     SQvMultiEventsWait_(const SQvMultiEventsWait_&) = delete;
     SQvMultiEventsWait_& operator=(const SQvMultiEventsWait_&) = delete;
 
-    bool AllFlagsSetLocked() const { return std::find(flags.begin(), flags.end(), false) == flags.end(); }
+    static size_t WordCount(unsigned int count) { return (static_cast<size_t>(count) + 63) / 64; }
+    bool Flag(unsigned int index) const { return (flags[index / 64] >> (index % 64)) & 1; }
+    void SetFlag(unsigned int index) { flags[index / 64] |= uint64_t(1) << (index % 64); }
+    bool AllFlagsSetLocked() const
+    {
+        const size_t fullWords = count / 64;
+        for (size_t i = 0; i < fullWords; ++i)
+        {
+            if (flags[i] != ~uint64_t(0))
+                return false;
+        }
+        const unsigned int rest = count % 64;
+        return rest == 0 || flags[fullWords] == (uint64_t(1) << rest) - 1;
+    }
 
     pthread_mutex_t mutex;
     pthread_cond_t condition;
-    std::vector<bool> flags;
+    uint64_t* const flags;
+    const unsigned int count;
     const bool waitAll;
 };
 } // namespace Detail
 
-// One per event per multi-object wait; lives on the waiting call's stack.
+// One per event per multi-object wait; lives with the waiting call (on its stack when it waits
+// on few handles).
 struct _SQvMultiEventsWaiter
 {
     Detail::SQvMultiEventsWait_* owner;
@@ -54,6 +73,47 @@ struct _SQvMultiEventsWaiter
 namespace
 {
 constexpr unsigned int kFirstUnset = 0xFFFFFFFF;
+
+// Handles whose wait needs no heap: a data stream waits on four, a pointer array on a few streams.
+constexpr unsigned int kStackHandles = 8;
+constexpr unsigned int kStackFlagWords = 1; // 64 flag bits
+static_assert(kStackHandles <= 64 * kStackFlagWords, "stack flags cover the stack handles");
+
+// The flag words and waiter records of one wait: on the stack for up to kStackHandles handles,
+// on the heap beyond, so that the waits of the acquisition path allocate nothing.
+class CWaitStorage
+{
+public:
+    explicit CWaitStorage(unsigned int count)
+    {
+        if (count > kStackHandles)
+        {
+            m_pHeapWaiters.reset(new (std::nothrow) _SQvMultiEventsWaiter[count]);
+            m_pWaiters = m_pHeapWaiters.get();
+        }
+        const size_t words = Detail::SQvMultiEventsWait_::WordCount(count);
+        if (words > kStackFlagWords)
+        {
+            m_pHeapFlags.reset(new (std::nothrow) uint64_t[words]);
+            m_pFlags = m_pHeapFlags.get();
+        }
+    }
+    /// False when the heap had no room for a large count.
+    bool Ok() const { return m_pFlags != nullptr && m_pWaiters != nullptr; }
+    CWaitStorage(const CWaitStorage&) = delete;
+    CWaitStorage& operator=(const CWaitStorage&) = delete;
+
+    uint64_t* Flags() { return m_pFlags; }
+    _SQvMultiEventsWaiter* Waiters() { return m_pWaiters; }
+
+private:
+    uint64_t m_stackFlags[kStackFlagWords];
+    _SQvMultiEventsWaiter m_stackWaiters[kStackHandles];
+    uint64_t* m_pFlags = m_stackFlags;
+    _SQvMultiEventsWaiter* m_pWaiters = m_stackWaiters;
+    std::unique_ptr<uint64_t[]> m_pHeapFlags;
+    std::unique_ptr<_SQvMultiEventsWaiter[]> m_pHeapWaiters;
+};
 
 CEventObject* AsEvent(void* handle)
 {
@@ -135,7 +195,7 @@ void CEventObject::SetEvent()
     {
         Detail::SQvMultiEventsWait_* owner = waiter->owner;
         pthread_mutex_lock(&owner->mutex);
-        owner->flags[waiter->index] = true;
+        owner->SetFlag(waiter->index);
         if (!owner->waitAll || owner->AllFlagsSetLocked())
             pthread_cond_signal(&owner->condition);
         pthread_mutex_unlock(&owner->mutex);
@@ -220,7 +280,10 @@ unsigned int WaitForMultipleObjects(unsigned int count, void* const* handles, bo
             return kWaitFailed;
     }
 
-    Detail::SQvMultiEventsWait_ record(count, bWaitAll);
+    CWaitStorage storage(count);
+    if (!storage.Ok())
+        QV_THROW_EMPTY(BadAllocException);
+    Detail::SQvMultiEventsWait_ record(count, bWaitAll, storage.Flags());
     unsigned int remaining = count;
     unsigned int first = kFirstUnset;
 
@@ -230,13 +293,14 @@ unsigned int WaitForMultipleObjects(unsigned int count, void* const* handles, bo
         {
             CEventObject* event = AsEvent(handles[i]);
             if (event->signaled.load(std::memory_order_acquire))
-                record.flags[i] = true;
+                record.SetFlag(i);
             else if (pthread_mutex_trylock(&event->mutex) == 0)
             {
-                record.flags[i] = event->signaled.load(std::memory_order_relaxed);
+                if (event->signaled.load(std::memory_order_relaxed))
+                    record.SetFlag(i);
                 pthread_mutex_unlock(&event->mutex);
             }
-            if (record.flags[i])
+            if (record.Flag(i))
             {
                 --remaining;
                 if (first == kFirstUnset)
@@ -251,7 +315,7 @@ unsigned int WaitForMultipleObjects(unsigned int count, void* const* handles, bo
         first = kFirstUnset;
         for (unsigned int i = 0; i < count; ++i)
         {
-            if (!record.flags[i])
+            if (!record.Flag(i))
                 continue;
             CEventObject* event = AsEvent(handles[i]);
             pthread_mutex_lock(&event->mutex);
@@ -269,11 +333,10 @@ unsigned int WaitForMultipleObjects(unsigned int count, void* const* handles, bo
 
     // Register one waiter per handle. Each append happens under the event's mutex, since
     // SetEvent() walks the same list on another thread.
-    std::vector<_SQvMultiEventsWaiter> waiters;
+    _SQvMultiEventsWaiter* const waiters = storage.Waiters();
     unsigned int registered = 0;
     try
     {
-        waiters.resize(count);
         for (; registered < count; ++registered)
         {
             waiters[registered] = {&record, registered};
@@ -318,7 +381,7 @@ unsigned int WaitForMultipleObjects(unsigned int count, void* const* handles, bo
         {
             if (AsEvent(handles[i])->signaled.load(std::memory_order_acquire))
             {
-                record.flags[i] = true;
+                record.SetFlag(i);
                 --remaining;
                 first = std::min(first, i);
             }

@@ -547,6 +547,59 @@ TEST_F(ProducerModule, EveryModuleRaisesErrorEventsOnRequest)
     EXPECT_EQ(m_gentl->GCUnregisterEvent(m_system, EVENT_ERROR), GC_ERR_NOT_AVAILABLE);
 }
 
+/// The camera's test controls make the local device send feature events: the name as
+/// EVENT_DATA_ID, for a change the value text as EVENT_DATA_VALUE.
+TEST_F(ProducerModule, CameraTestControlsSendFeatureInvalidateAndChangeEvents)
+{
+    OpenSystem("GEV:1");
+    OpenCamera("GEV");
+    EVENT_HANDLE invalidate = nullptr, change = nullptr;
+    ASSERT_GC_OK(m_gentl->GCRegisterEvent(m_device, EVENT_FEATURE_INVALIDATE, &invalidate));
+    ASSERT_GC_OK(m_gentl->GCRegisterEvent(m_device, EVENT_FEATURE_CHANGE, &change));
+    EXPECT_EQ(m_camera->Execute("TestFeatureInvalidateGenerate"), GC_ERR_INVALID_VALUE) << "no feature named yet";
+    ASSERT_GC_OK(m_camera->SetString("TestFeatureInvalidateName", "Width"));
+    ASSERT_GC_OK(m_camera->SetString("TestFeatureChangeName", "ExposureTime"));
+    ASSERT_GC_OK(m_camera->SetString("TestFeatureChangeValue", "1234.5"));
+    EXPECT_EQ(m_camera->GetString("TestFeatureChangeValue"), "1234.5");
+    const double exposureTime = m_camera->GetFloat("ExposureTime");
+    ASSERT_GC_OK(m_camera->Execute("TestFeatureInvalidateGenerate"));
+    ASSERT_GC_OK(m_camera->Execute("TestFeatureChangeGenerate"));
+    ASSERT_GC_OK(m_camera->Execute("TestFeatureChangeGenerate"));
+
+    auto dataInfo = [&](EVENT_HANDLE event, const std::vector<uint8_t>& data, EVENT_DATA_INFO_CMD command) {
+        return QueryInfo([&](INFO_DATATYPE* t, void* d, size_t* s) {
+            return m_gentl->EventGetDataInfo(event, data.data(), data.size(), command, t, d, s);
+        });
+    };
+    auto next = [&](EVENT_HANDLE event) {
+        std::vector<uint8_t> data(1024);
+        size_t size = data.size();
+        EXPECT_GC_OK(m_gentl->EventGetData(event, data.data(), &size, 1000));
+        data.resize(size);
+        return data;
+    };
+    std::vector<uint8_t> data = next(invalidate);
+    InfoAnswer_t name = dataInfo(invalidate, data, EVENT_DATA_ID);
+    EXPECT_EQ(name.type, INFO_DATATYPE_STRING);
+    EXPECT_EQ(name.Text(), "Width");
+    EXPECT_EQ(dataInfo(invalidate, data, EVENT_DATA_VALUE).result, GC_ERR_NOT_AVAILABLE) << "an invalidation has no value";
+    for (int i = 0; i < 2; ++i)
+    {
+        data = next(change);
+        EXPECT_EQ(dataInfo(change, data, EVENT_DATA_ID).Text(), "ExposureTime");
+        InfoAnswer_t value = dataInfo(change, data, EVENT_DATA_VALUE);
+        EXPECT_EQ(value.type, INFO_DATATYPE_STRING);
+        EXPECT_EQ(value.Text(), "1234.5");
+    }
+    size_t size = data.size();
+    EXPECT_EQ(m_gentl->EventGetData(change, data.data(), &size, 0), GC_ERR_TIMEOUT) << "one event per command";
+    EXPECT_EQ(m_camera->GetFloat("ExposureTime"), exposureTime) << "the camera only reports; it changes nothing itself";
+
+    // Nobody registered: the event is dropped, the command still succeeds.
+    ASSERT_GC_OK(m_gentl->GCUnregisterEvent(m_device, EVENT_FEATURE_INVALIDATE));
+    EXPECT_GC_OK(m_camera->Execute("TestFeatureInvalidateGenerate"));
+}
+
 TEST_F(ProducerModule, EventKillAbortsWaitsAndUnregisteringEndsThem)
 {
     OpenSystem("GEV:1");

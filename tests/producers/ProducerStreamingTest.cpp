@@ -643,16 +643,25 @@ TEST_F(ProducerStreaming, TLParamsLockedAndRangesGuardTheImageFormat)
     EXPECT_EQ(m_camera->GetFloat("Gain"), 6.5);
 }
 
-TEST_F(ProducerStreaming, DeviceLossIsReportedThroughModuleAndErrorEvents)
+/// A lost camera falls silent: the module event (DeviceLost) and the error events report the
+/// loss; after that no buffer and no event arrives, and every wait only times out (or aborts on
+/// EventKill), so that consumers' listeners neither spin nor report failures of their own.
+TEST_F(ProducerStreaming, DeviceLossIsReportedByTheModuleEventThenTheDeviceFallsSilent)
 {
     OpenSmallCamera("U3V");
     auto device = Features(m_device);
     ASSERT_GC_OK(device->SetEnum("EventSelector", "DeviceLost"));
     ASSERT_GC_OK(device->SetEnum("EventNotification", "On"));
-    EVENT_HANDLE moduleEvent = nullptr, deviceErrors = nullptr, streamErrors = nullptr;
+    ASSERT_GC_OK(m_camera->SetEnum("EventSelector", "ExposureEnd"));
+    ASSERT_GC_OK(m_camera->SetEnum("EventNotification", "On"));
+    EVENT_HANDLE moduleEvent = nullptr, deviceErrors = nullptr, streamErrors = nullptr, remoteEvents = nullptr,
+                 featureChanges = nullptr, featureInvalidates = nullptr;
     ASSERT_GC_OK(m_gentl->GCRegisterEvent(m_device, EVENT_MODULE, &moduleEvent));
     ASSERT_GC_OK(m_gentl->GCRegisterEvent(m_device, EVENT_ERROR, &deviceErrors));
     ASSERT_GC_OK(m_gentl->GCRegisterEvent(m_stream, EVENT_ERROR, &streamErrors));
+    ASSERT_GC_OK(m_gentl->GCRegisterEvent(m_device, EVENT_REMOTE_DEVICE, &remoteEvents));
+    ASSERT_GC_OK(m_gentl->GCRegisterEvent(m_device, EVENT_FEATURE_CHANGE, &featureChanges));
+    ASSERT_GC_OK(m_gentl->GCRegisterEvent(m_device, EVENT_FEATURE_INVALIDATE, &featureInvalidates));
     RegisterNewBuffer();
     AnnounceAndQueue(4);
     Start();
@@ -663,7 +672,7 @@ TEST_F(ProducerStreaming, DeviceLossIsReportedThroughModuleAndErrorEvents)
     ASSERT_GC_OK(m_camera->Execute("TestDeviceLost"));
 
     // The module event carries the DeviceLost event for the local device's event port.
-    uint8_t data[512];
+    uint8_t data[1024];
     size_t size = sizeof(data);
     ASSERT_GC_OK(m_gentl->EventGetData(moduleEvent, data, &size, 1000));
     EXPECT_EQ(QueryInfo([&](INFO_DATATYPE* t, void* d, size_t* s) {
@@ -688,18 +697,49 @@ TEST_F(ProducerStreaming, DeviceLossIsReportedThroughModuleAndErrorEvents)
                   }).As<int32_t>(), GC_ERR_IO);
     }
 
-    // The camera no longer answers, and the device's events say so once they are empty.
+    // The camera no longer answers. Buffers and camera events of frames finished before the loss
+    // are still delivered; then nothing more comes.
     uint8_t bytes[4];
     size_t length = 4;
     EXPECT_EQ(m_gentl->GCReadPort(m_remote, 0, bytes, &length), GC_ERR_IO);
-    size = sizeof(data);
-    EXPECT_EQ(m_gentl->EventGetData(moduleEvent, data, &size, 1000), GC_ERR_ACCESS_DENIED);
-    size = sizeof(data);
-    EXPECT_EQ(m_gentl->EventGetData(deviceErrors, data, &size, 1000), GC_ERR_ACCESS_DENIED);
-    while (NextBuffer(1000) != nullptr)
+    while (NextBuffer(0) != nullptr)
     {
     }
-    EXPECT_EQ(m_lastWait, GC_ERR_ACCESS_DENIED) << "the stream's new-buffer event ends too";
+    EXPECT_EQ(m_lastWait, GC_ERR_TIMEOUT);
+    GC_ERROR drained;
+    do
+        size = sizeof(data);
+    while ((drained = m_gentl->EventGetData(remoteEvents, data, &size, 0)) == GC_ERR_SUCCESS);
+    EXPECT_EQ(drained, GC_ERR_TIMEOUT);
+    const uint64_t delivered = StreamInfo<uint64_t>(STREAM_INFO_NUM_DELIVERED);
+    EXPECT_FALSE(StreamInfo<bool8_t>(STREAM_INFO_IS_GRABBING));
+
+    // Every event now waits its whole time-out and says only that: no failure to report.
+    for (EVENT_HANDLE event :
+         {m_newBuffer, moduleEvent, deviceErrors, streamErrors, remoteEvents, featureChanges, featureInvalidates})
+    {
+        size = sizeof(data);
+        const auto before = std::chrono::steady_clock::now();
+        EXPECT_EQ(m_gentl->EventGetData(event, data, &size, 100), GC_ERR_TIMEOUT);
+        EXPECT_GE(std::chrono::steady_clock::now() - before, std::chrono::milliseconds(95));
+    }
+    EXPECT_EQ(StreamInfo<uint64_t>(STREAM_INFO_NUM_DELIVERED), delivered) << "no frame after the loss";
+
+    // EventKill still ends a wait at once, as consumers stop their listeners with it.
+    for (EVENT_HANDLE event : {m_newBuffer, moduleEvent})
+    {
+        GC_ERROR waited = GC_ERR_SUCCESS;
+        std::thread waiter([&] {
+            uint8_t record[1024];
+            size_t recordSize = sizeof(record);
+            waited = m_gentl->EventGetData(event, record, &recordSize, GENTL_INFINITE);
+        });
+        std::this_thread::sleep_for(std::chrono::milliseconds(20));
+        EXPECT_GC_OK(m_gentl->EventKill(event));
+        waiter.join();
+        EXPECT_EQ(waited, GC_ERR_ABORT);
+    }
+
     EXPECT_EQ(m_gentl->DSStartAcquisition(m_stream, ACQ_START_FLAGS_DEFAULT, 1), GC_ERR_IO);
     EXPECT_GC_OK(m_gentl->DSStopAcquisition(m_stream, ACQ_STOP_FLAGS_DEFAULT));
 

@@ -203,7 +203,7 @@ void CDataStreamModule::StartAcquisition(GenTL::ACQ_START_FLAGS /*flags*/, uint6
             ThrowGenTL(GenTL::GC_ERR_INVALID_HANDLE, "Data stream %s is closed", Id().c_str());
         if (m_acquiring)
             ThrowGenTL(GenTL::GC_ERR_RESOURCE_IN_USE, "The acquisition of %s runs already", Id().c_str());
-        if (m_failure != GenTL::GC_ERR_SUCCESS)
+        if (m_lost)
             ThrowGenTL(GenTL::GC_ERR_IO, "Device %s is lost", m_device->Id().c_str());
         if (numToAcquire == 0)
             ThrowGenTL(GenTL::GC_ERR_INVALID_PARAMETER, "Acquiring 0 buffers: use GENTL_INFINITE for continuous");
@@ -339,12 +339,10 @@ void CDataStreamModule::OnDeviceLost(const std::string& reason)
     RaiseError(GenTL::GC_ERR_IO, "Data stream " + Id() + " of device " + m_device->Id() + " stopped: " + reason);
     {
         std::lock_guard lock(m_lock);
-        m_failure = GenTL::GC_ERR_ACCESS_DENIED;
+        m_lost = true;
         m_acquiring = false;
     }
-    m_outputChanged.notify_all();
     m_inputChanged.notify_all();
-    FailEventsAfterDrain(GenTL::GC_ERR_ACCESS_DENIED);
 }
 
 GenTL::GC_ERROR CDataStreamModule::WaitNewBuffer(void* pBuffer, size_t* piSize, uint64_t timeoutMs)
@@ -357,7 +355,7 @@ GenTL::GC_ERROR CDataStreamModule::WaitNewBuffer(void* pBuffer, size_t* piSize, 
         return GenTL::GC_ERR_BUFFER_TOO_SMALL;
     }
     std::unique_lock lock(m_lock);
-    if (m_output.empty() && !m_newBufferClosed && m_failure == GenTL::GC_ERR_SUCCESS)
+    if (m_output.empty() && !m_newBufferClosed)
     {
         if (m_killPending)
         {
@@ -366,8 +364,7 @@ GenTL::GC_ERROR CDataStreamModule::WaitNewBuffer(void* pBuffer, size_t* piSize, 
         }
         const uint64_t generation = m_killGeneration;
         auto ready = [&] {
-            return !m_output.empty() || m_newBufferClosed || m_failure != GenTL::GC_ERR_SUCCESS ||
-                   m_killGeneration != generation;
+            return !m_output.empty() || m_newBufferClosed || m_killGeneration != generation;
         };
         ++m_waiters;
         if (timeoutMs >= kWaitForeverMs)
@@ -380,11 +377,7 @@ GenTL::GC_ERROR CDataStreamModule::WaitNewBuffer(void* pBuffer, size_t* piSize, 
     }
     if (m_output.empty())
     {
-        if (m_newBufferClosed)
-            return GenTL::GC_ERR_ABORT;
-        if (m_failure != GenTL::GC_ERR_SUCCESS)
-            return m_failure;
-        return GenTL::GC_ERR_TIMEOUT;
+        return m_newBufferClosed ? GenTL::GC_ERR_ABORT : GenTL::GC_ERR_TIMEOUT;
     }
     CBufferModule* buffer = m_output.front();
     m_output.pop_front();
@@ -477,6 +470,13 @@ bool CDataStreamModule::DeliverBuffer(StreamBuffer_t* memory, const BufferFill_t
     bool more;
     {
         std::lock_guard lock(m_lock);
+        if (m_lost)
+        {
+            // The frame was cut off by the loss: nothing reaches the host, the buffer stays queued.
+            buffer->m_state = EBufferState_t::Input;
+            m_input.push_front(buffer);
+            return false;
+        }
         buffer->m_fill = fill;
         buffer->m_newData = true;
         buffer->m_state = EBufferState_t::Output;

@@ -56,7 +56,8 @@ public:
         return read(buffer);
     }
 
-    /// The device was lost: stop, raise an error, let waits fail once the queues are read.
+    /// The device was lost: stop and raise an error. Buffers filled before the loss are still
+    /// delivered; after them the new-buffer event only times out, as no frame comes any more.
     void OnDeviceLost(const std::string& reason);
 
     // The new-buffer event (CNewBufferEvent forwards here).
@@ -110,7 +111,7 @@ private:
     uint64_t m_numIncomplete = 0;
     uint64_t m_numNewBufferFired = 0;
     uint64_t m_nextBufferNumber = 0;
-    GenTL::GC_ERROR m_failure = GenTL::GC_ERR_SUCCESS; // set once the device is lost
+    bool m_lost = false; // set once the device is lost; a start then fails
     // New-buffer event waits.
     bool m_newBufferClosed = false;
     bool m_killPending = false;

@@ -154,21 +154,35 @@ bool CDeviceModule::SupportsEvent(GenTL::EVENT_TYPE type) const
 
 void CDeviceModule::OnRemoteEvent(std::vector<uint8_t> record)
 {
+    if (m_lost)
+        return; // sent by a frame captured before the loss, after it: never reaches the host
     PostEvent(GenTL::EVENT_REMOTE_DEVICE, std::move(record));
+}
+
+void CDeviceModule::OnFeatureEvent(GenTL::EVENT_TYPE type, const std::string& name, const std::string& value)
+{
+    if (m_lost)
+        return;
+    PostEvent(type, type == GenTL::EVENT_FEATURE_CHANGE ? EncodeFeatureChangeRecord(name, value)
+                                                        : EncodeFeatureInvalidateRecord(name));
 }
 
 void CDeviceModule::OnDeviceLost(const std::string& reason, uint64_t timestampNs)
 {
-    if (m_lost.exchange(true))
-        return;
-    RaiseError(GenTL::GC_ERR_IO, "Device " + Id() + " lost: " + reason);
     bool notify;
     std::shared_ptr<CDataStreamModule> stream;
     {
+        // Under the lock, so that a stream opened at the same time is either seen here or sees the loss.
         std::lock_guard lock(m_lock);
+        if (m_lost.exchange(true))
+            return;
         notify = m_eventNotification[0] != 0;
         stream = m_stream;
     }
+    RaiseError(GenTL::GC_ERR_IO, "Device " + Id() + " lost: " + reason);
+    // The stream stops first, so that no buffer arrives after a consumer has seen the loss.
+    if (stream)
+        stream->OnDeviceLost(reason);
     if (notify)
     {
         uint8_t payload[16] = {};
@@ -178,11 +192,10 @@ void CDeviceModule::OnDeviceLost(const std::string& reason, uint64_t timestampNs
         PostEvent(GenTL::EVENT_MODULE,
                   EncodeGenericRecord(QvVirtualCamera::kEventIdDeviceLost, payload, sizeof(payload)));
     }
-    if (stream)
-        stream->OnDeviceLost(reason);
-    // The device can no longer be reached: its events say so once they are read empty.
-    // (GC_ERR_ACCESS_DENIED also ends the listener loops of consumers instead of spinning.)
-    FailEventsAfterDrain(GenTL::GC_ERR_ACCESS_DENIED);
+    // The events stay as they are: they deliver what they hold and then, like those of an
+    // unplugged camera, only wait and time out. The module event above is the one signal of
+    // the loss; failing the waits instead would make consumers' listeners report the loss as a
+    // failure of their own, racing with that signal.
 }
 
 void CDeviceModule::CloseChildren()

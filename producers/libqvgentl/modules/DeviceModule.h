@@ -47,6 +47,7 @@ public:
     // IDeviceEventSink
     void OnRemoteEvent(std::vector<uint8_t> record) override;
     void OnDeviceLost(const std::string& reason, uint64_t timestampNs) override;
+    void OnFeatureEvent(GenTL::EVENT_TYPE type, const std::string& name, const std::string& value) override;
 
     void Close() override;
 

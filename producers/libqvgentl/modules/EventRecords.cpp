@@ -27,11 +27,17 @@ std::vector<uint8_t> EncodeGenericRecord(uint64_t eventId, const uint8_t* payloa
     return record;
 }
 
-std::vector<uint8_t> EncodeFeatureRecord(std::string_view name, std::string_view value)
+std::vector<uint8_t> EncodeFeatureChangeRecord(std::string_view name, std::string_view value)
+{
+    std::vector<uint8_t> record = EncodeFeatureInvalidateRecord(name);
+    record.insert(record.end(), value.begin(), value.end());
+    record.push_back(0);
+    return record;
+}
+
+std::vector<uint8_t> EncodeFeatureInvalidateRecord(std::string_view name)
 {
     std::vector<uint8_t> record(name.begin(), name.end());
-    record.push_back(0);
-    record.insert(record.end(), value.begin(), value.end());
     record.push_back(0);
     return record;
 }

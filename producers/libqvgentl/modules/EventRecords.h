@@ -19,8 +19,10 @@ std::vector<uint8_t> EncodeErrorRecord(GenTL::GC_ERROR code, std::string_view te
 /// Generic event record: numeric event ID (u64 little-endian) then the payload.
 std::vector<uint8_t> EncodeGenericRecord(uint64_t eventId, const uint8_t* payload, size_t size);
 
-/// Feature events: the feature name and, for a change, the new value, each NUL-terminated.
-std::vector<uint8_t> EncodeFeatureRecord(std::string_view name, std::string_view value);
+/// EVENT_FEATURE_CHANGE record: the feature name, then its new value as text, each NUL-terminated.
+std::vector<uint8_t> EncodeFeatureChangeRecord(std::string_view name, std::string_view value);
+/// EVENT_FEATURE_INVALIDATE record: the NUL-terminated feature name.
+std::vector<uint8_t> EncodeFeatureInvalidateRecord(std::string_view name);
 
 /// Hex text of an event ID as GenICam writes EventID: an even number of upper-case digits.
 std::string EventIdText(uint64_t eventId);

@@ -86,9 +86,6 @@ std::shared_ptr<CEvent> CModule::RegisterEvent(GenTL::EVENT_TYPE type)
     if (m_events.count(type) != 0)
         ThrowGenTL(GenTL::GC_ERR_RESOURCE_IN_USE, "Event type %d of %s is registered already", type, ModuleName());
     std::shared_ptr<CEvent> event = MakeEvent(type);
-    if (m_eventFailure != GenTL::GC_ERR_SUCCESS)
-        if (auto* queued = dynamic_cast<CQueuedEvent*>(event.get()))
-            queued->FailAfterDrain(m_eventFailure);
     m_events[type] = event;
     Handles().Add(event);
     return event;
@@ -129,15 +126,6 @@ bool CModule::PostEvent(GenTL::EVENT_TYPE type, std::vector<uint8_t> record)
 void CModule::RaiseError(GenTL::GC_ERROR code, const std::string& text)
 {
     PostEvent(GenTL::EVENT_ERROR, EncodeErrorRecord(code, text));
-}
-
-void CModule::FailEventsAfterDrain(GenTL::GC_ERROR code)
-{
-    std::lock_guard lock(m_eventsLock);
-    m_eventFailure = code;
-    for (auto& [type, event] : m_events)
-        if (auto* queued = dynamic_cast<CQueuedEvent*>(event.get()))
-            queued->FailAfterDrain(code);
 }
 
 void CModule::Close()

@@ -48,8 +48,6 @@ public:
     void RaiseError(GenTL::GC_ERROR code, const std::string& text);
     /// Queues a record on a registered event of a queued type; false if nobody registered it.
     bool PostEvent(GenTL::EVENT_TYPE type, std::vector<uint8_t> record);
-    /// The module's events deliver what they hold, then fail with code (the device is gone).
-    void FailEventsAfterDrain(GenTL::GC_ERROR code);
 
     /// Closes the module: children first, then events, then its handle. Idempotent.
     virtual void Close();
@@ -74,7 +72,6 @@ private:
     std::mutex m_eventsLock;
     // Guarded by m_eventsLock.
     std::map<GenTL::EVENT_TYPE, std::shared_ptr<CEvent>> m_events;
-    GenTL::GC_ERROR m_eventFailure = GenTL::GC_ERR_SUCCESS;
 
     std::atomic<int32_t> m_testErrorCode{GenTL::GC_ERR_ERROR};
     std::atomic<bool> m_closed{false};

@@ -21,21 +21,12 @@ void CQueuedEvent::Post(std::vector<uint8_t> record)
     m_changed.notify_one();
 }
 
-void CQueuedEvent::FailAfterDrain(GenTL::GC_ERROR code)
-{
-    {
-        std::lock_guard lock(m_lock);
-        m_failure = code;
-    }
-    m_changed.notify_all();
-}
-
 GenTL::GC_ERROR CQueuedEvent::GetData(void* pBuffer, size_t* piSize, uint64_t timeoutMs)
 {
     if (piSize == nullptr || pBuffer == nullptr)
         return GenTL::GC_ERR_INVALID_PARAMETER;
     std::unique_lock lock(m_lock);
-    if (m_queue.empty() && !m_closed && m_failure == GenTL::GC_ERR_SUCCESS)
+    if (m_queue.empty() && !m_closed)
     {
         if (m_killPending)
         {
@@ -44,8 +35,7 @@ GenTL::GC_ERROR CQueuedEvent::GetData(void* pBuffer, size_t* piSize, uint64_t ti
         }
         const uint64_t generation = m_killGeneration;
         auto ready = [&] {
-            return !m_queue.empty() || m_closed || m_failure != GenTL::GC_ERR_SUCCESS ||
-                   m_killGeneration != generation;
+            return !m_queue.empty() || m_closed || m_killGeneration != generation;
         };
         ++m_waiters;
         if (timeoutMs >= kWaitForeverMs)
@@ -58,11 +48,7 @@ GenTL::GC_ERROR CQueuedEvent::GetData(void* pBuffer, size_t* piSize, uint64_t ti
     }
     if (m_queue.empty())
     {
-        if (m_closed)
-            return GenTL::GC_ERR_ABORT;
-        if (m_failure != GenTL::GC_ERR_SUCCESS)
-            return m_failure;
-        return GenTL::GC_ERR_TIMEOUT;
+        return m_closed ? GenTL::GC_ERR_ABORT : GenTL::GC_ERR_TIMEOUT;
     }
     const std::vector<uint8_t>& record = m_queue.front();
     if (*piSize < record.size())

@@ -22,8 +22,6 @@ public:
     CQueuedEvent(GenTL::EVENT_TYPE type, std::string tlType);
 
     void Post(std::vector<uint8_t> record);
-    /// After the queued entries are read, every wait returns code at once (the device is gone).
-    void FailAfterDrain(GenTL::GC_ERROR code);
 
     GenTL::GC_ERROR GetData(void* pBuffer, size_t* piSize, uint64_t timeoutMs) override;
     void Flush() override;
@@ -44,7 +42,6 @@ private:
     unsigned m_waiters = 0;
     bool m_killPending = false;
     bool m_closed = false;
-    GenTL::GC_ERROR m_failure = GenTL::GC_ERR_SUCCESS;
 };
 
 } // namespace QvGenTL

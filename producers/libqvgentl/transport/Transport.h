@@ -103,6 +103,10 @@ public:
     virtual void OnRemoteEvent(std::vector<uint8_t> record) = 0;
     /// The device went away; register access fails from now on.
     virtual void OnDeviceLost(const std::string& reason, uint64_t timestampNs) = 0;
+    /// A feature of the device changed behind the host's back: EVENT_FEATURE_INVALIDATE (the
+    /// host re-reads feature name; value unused) or EVENT_FEATURE_CHANGE (name now holds value,
+    /// given as text).
+    virtual void OnFeatureEvent(GenTL::EVENT_TYPE type, const std::string& name, const std::string& value) = 0;
 
 protected:
     ~IDeviceEventSink() = default;

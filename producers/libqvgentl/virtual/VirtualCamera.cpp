@@ -149,6 +149,26 @@ void CVirtualCamera::Lose(const std::string& reason, bool reset)
         sink->OnDeviceLost(reason, timestamp);
 }
 
+GenTL::GC_ERROR CVirtualCamera::SendFeatureEvent(GenTL::EVENT_TYPE type)
+{
+    IDeviceEventSink* sink;
+    std::string name;
+    std::string value;
+    {
+        std::lock_guard lock(m_lock);
+        const bool change = type == GenTL::EVENT_FEATURE_CHANGE;
+        name = change ? m_featureChangeName : m_featureInvalidateName;
+        if (change)
+            value = m_featureChangeValue;
+        sink = m_eventSink;
+    }
+    if (name.empty())
+        return kOutOfRange;
+    if (sink != nullptr)
+        sink->OnFeatureEvent(type, name, value);
+    return kOk;
+}
+
 uint64_t CVirtualCamera::NowNs() const
 {
     return static_cast<uint64_t>(std::chrono::duration_cast<std::chrono::nanoseconds>(Clock::now() - m_epoch).count());
@@ -570,6 +590,28 @@ void CVirtualCamera::AddRegisters()
         std::lock_guard lock(m_lock);
         return int64_t(m_droppedCount);
     });
+    r.AddInteger(0x060C, 4, nullptr, [this](int64_t value) {
+        return value != 0 ? SendFeatureEvent(GenTL::EVENT_FEATURE_INVALIDATE) : kOk;
+    });
+    r.AddInteger(0x0610, 4, nullptr, [this](int64_t value) {
+        return value != 0 ? SendFeatureEvent(GenTL::EVENT_FEATURE_CHANGE) : kOk;
+    });
+    auto addTestText = [this, &r](uint64_t address, std::string CVirtualCamera::*field) {
+        r.AddString(
+            address, 64,
+            [this, field] {
+                std::lock_guard lock(m_lock);
+                return this->*field;
+            },
+            [this, field](const std::string& value) {
+                std::lock_guard lock(m_lock);
+                this->*field = value;
+                return kOk;
+            });
+    };
+    addTestText(0x0640, &CVirtualCamera::m_featureInvalidateName);
+    addTestText(0x0680, &CVirtualCamera::m_featureChangeName);
+    addTestText(0x06C0, &CVirtualCamera::m_featureChangeValue);
 
     // Descriptions
     r.AddMemory(kDescriptionAddress, m_zippedDescription.data, m_zippedDescription.size);

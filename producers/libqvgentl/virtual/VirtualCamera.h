@@ -97,6 +97,9 @@ private:
     void ExecuteTriggerSoftware(uint32_t selector);
     /// The connection drops (TestDeviceLost, DeviceReset): the host is told, registers fail.
     void Lose(const std::string& reason, bool reset);
+    /// TestFeatureInvalidateGenerate, TestFeatureChangeGenerate: tells the host about a feature
+    /// named by the test controls; GC_ERR_INVALID_VALUE while no feature is named.
+    GenTL::GC_ERROR SendFeatureEvent(GenTL::EVENT_TYPE type);
 
     void StreamLoop();
     std::vector<uint8_t> MakeExposureEndEvent(uint64_t frameId, uint64_t timestampNs);
@@ -129,6 +132,9 @@ private:
     uint64_t m_latchedTimestamp = 0;
     uint32_t m_droppedCount = 0;
     uint16_t m_eventRequestId = 0;
+    std::string m_featureInvalidateName;     // test controls of the feature events
+    std::string m_featureChangeName;
+    std::string m_featureChangeValue;
     uint64_t m_paceGeneration = 0;           // bumped when the frame timing must restart
     IStreamSink* m_sink = nullptr;           // the data stream while streaming
     bool m_stopRequested = false;

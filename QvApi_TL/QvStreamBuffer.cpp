@@ -215,8 +215,10 @@ void CQvStreamBuffer::AttachChunkBuffer()
     if (!m_bGenericChunks)
     {
         const size_t length = m_info.GetDeliverdChunkPayloadSize();
-        m_pChunkAdapter->AttachBuffer(pBase, static_cast<int64_t>(length), nullptr);
+        // Set first: a damaged chain throws after attaching its valid chunks, which must be
+        // detached with the buffer all the same.
         m_bChunkAttached = true;
+        m_pChunkAdapter->AttachBuffer(pBase, static_cast<int64_t>(length), nullptr);
         return;
     }
 
@@ -243,9 +245,9 @@ void CQvStreamBuffer::AttachChunkBuffer()
     QV_CHECK_GENTL(m_pCQvGenTL, err, "DSGetBufferChunkData", "%d = DSGetBufferChunkData(0x%p, 0x%p, 0x%p, 0x%p)", err,
                    m_hDataStream, m_hStreamBuffer, static_cast<void*>(m_chunks.data()), static_cast<void*>(&count));
     // Entries are checked against the buffer: a wrong list must not make features read foreign memory.
+    m_bChunkAttached = true;
     static_cast<GenApi::CChunkAdapterGeneric*>(m_pChunkAdapter.get())
         ->AttachBuffer(pBase, static_cast<int64_t>(m_size), m_chunks.data(), static_cast<int64_t>(count), nullptr);
-    m_bChunkAttached = true;
 }
 
 void CQvStreamBuffer::DetachChunkBuffer()

@@ -91,12 +91,11 @@ void CChunkAdapter::AttachTrailerChain(uint8_t* pBuffer, int64_t bufferLength, b
                                                      return;
                                              m_chunks.push_back({chunkId, offset, lengthBytes});
                                          });
-    if (!valid)
-    {
-        DetachAllPorts();
-        throw RUNTIME_EXCEPTION("Invalid layout of buffer attached to chunk parser!");
-    }
+    // The chunks read before a fault lie inside the buffer with consistent trailers: they stay
+    // readable (a damaged frame still tells its timestamp), and the fault is still reported.
     AttachChunks(pBuffer, m_chunks.data(), m_chunks.size(), chunksInBuffer, pAttachStatistics);
+    if (!valid)
+        throw RUNTIME_EXCEPTION("Invalid layout of buffer attached to chunk parser!");
 }
 
 void CChunkAdapter::AttachChunks(uint8_t* pBuffer, const ChunkLocation_t* pChunks, size_t chunkCount,

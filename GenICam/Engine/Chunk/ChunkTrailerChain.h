@@ -13,7 +13,7 @@ namespace GenApi
  * checking the chain. Returns true only when the chain ends exactly at offset 0 after at least
  * one chunk; a trailer that does not fit, a length larger than the bytes before its trailer or
  * bytes left over at the start make the layout invalid (chunks visited before the fault have
- * been visited: callers collect first and attach only on success). Never reads outside
+ * been visited and lie inside the buffer). Never reads outside
  * [pBuffer, pBuffer + bufferLength). Each step moves back at least 8 bytes, so the walk ends
  * after at most bufferLength / 8 chunks.
  */

@@ -109,7 +109,7 @@ protected:
     /**
      * \brief Parses the trailer chain and attaches its chunks.
      * \throws RuntimeException "Invalid layout of buffer attached to chunk parser!" when the
-     *         chain is not valid; every port is detached then and the statistics are untouched.
+     *         chain is not valid, after attaching the chunks read before the fault (the walk goes back from the end) and detaching every other port.
      */
     void AttachTrailerChain(uint8_t* pBuffer, int64_t bufferLength, bool bigEndian,
                             AttachStatistics_t* pAttachStatistics);

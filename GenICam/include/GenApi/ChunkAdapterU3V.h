@@ -34,7 +34,7 @@ public:
      * \brief Attaches the chunks of the first \a bufferLength bytes of \a pBuffer.
      * \throws RuntimeException "Invalid layout of buffer attached to chunk parser!" when the
      *         trailer chain is not valid (a length beyond the bytes before it, bytes left over,
-     *         an empty buffer); nothing is attached then.
+     *         an empty buffer); the chunks read before the fault stay attached.
      */
     void AttachBuffer(uint8_t* pBuffer, int64_t bufferLength, AttachStatistics_t* pAttachStatistics = nullptr) override;
 };

@@ -21,7 +21,12 @@ CNodeMapImpl::CNodeMapImpl(const GenICam::gcstring& deviceName, CLock* pUserLock
 {
 }
 
-CNodeMapImpl::~CNodeMapImpl() = default;
+CNodeMapImpl::~CNodeMapImpl()
+{
+    // No firing runs any more; a retired callback left by one that threw is still owned here.
+    for (const RetiredCallback_t& retired : m_retired)
+        retired.pCallback->Destroy();
+}
 
 // ---------------------------------------------------------------- building
 
@@ -182,35 +187,129 @@ void CNodeMapImpl::FireQueuedCallbacks()
     std::vector<CNode*> nodes;
     nodes.swap(m_queued);
     ++m_notifyEpoch;
+    const uint64_t ticket = BeginFiring();
+    struct SEndFiring_
+    {
+        CNodeMapImpl* pMap;
+        uint64_t ticket;
+        ~SEndFiring_() { pMap->EndFiring(ticket); }
+    } endFiring{this, ticket};
+
+    auto fire = [this](const std::vector<CNodeCallback*>& callbacks, ECallbackType type) {
+        for (CNodeCallback* pCallback : callbacks)
+        {
+            // A callback run before may have deregistered this one.
+            if (IsRetired(pCallback))
+                continue;
+            try
+            {
+                (*pCallback)(type);
+            }
+            catch (...)
+            {
+                // A failing listener must not leave the node map half-notified.
+            }
+        }
+    };
     std::vector<CNodeCallback*> callbacks;
-    for (CNode* pNode : nodes)
-        callbacks.insert(callbacks.end(), pNode->Callbacks().begin(), pNode->Callbacks().end());
-    for (CNodeCallback* pCallback : callbacks)
+    try
     {
-        try
-        {
-            (*pCallback)(cbPostInsideLock);
-        }
-        catch (...)
-        {
-            // A failing listener must not leave the node map half-notified.
-        }
+        for (CNode* pNode : nodes)
+            callbacks.insert(callbacks.end(), pNode->Callbacks().begin(), pNode->Callbacks().end());
+        fire(callbacks, cbPostInsideLock);
+        // Callbacks deregistered meanwhile are gone from their nodes: collect the outside ones afresh.
+        callbacks.clear();
+        for (CNode* pNode : nodes)
+            callbacks.insert(callbacks.end(), pNode->Callbacks().begin(), pNode->Callbacks().end());
     }
-    // Callbacks deregistered meanwhile are gone: collect the outside ones afresh.
-    callbacks.clear();
-    for (CNode* pNode : nodes)
-        callbacks.insert(callbacks.end(), pNode->Callbacks().begin(), pNode->Callbacks().end());
+    catch (...)
+    {
+        m_pLock->Unlock();
+        throw;
+    }
     m_pLock->Unlock();
-    for (CNodeCallback* pCallback : callbacks)
+    fire(callbacks, cbPostOutsideLock);
+}
+
+uint64_t CNodeMapImpl::BeginFiring()
+{
+    std::lock_guard<std::mutex> lock(m_firingMutex);
+    const uint64_t ticket = m_nextFiringTicket++;
+    m_firings.push_back({ticket, std::this_thread::get_id()});
+    return ticket;
+}
+
+void CNodeMapImpl::EndFiring(uint64_t ticket)
+{
+    std::vector<CNodeCallback*> destroyable;
     {
-        try
-        {
-            (*pCallback)(cbPostOutsideLock);
-        }
-        catch (...)
-        {
-        }
+        std::lock_guard<std::mutex> lock(m_firingMutex);
+        for (auto it = m_firings.begin(); it != m_firings.end(); ++it)
+            if (it->ticket == ticket)
+            {
+                m_firings.erase(it);
+                break;
+            }
+        if (!m_retired.empty())
+            TakeDestroyableLocked(destroyable);
     }
+    m_firingEnded.notify_all();
+    for (CNodeCallback* pCallback : destroyable)
+        pCallback->Destroy();
+}
+
+bool CNodeMapImpl::IsRetired(CNodeCallback* pCallback)
+{
+    std::lock_guard<std::mutex> lock(m_firingMutex);
+    for (const RetiredCallback_t& retired : m_retired)
+        if (retired.pCallback == pCallback)
+            return true;
+    return false;
+}
+
+void CNodeMapImpl::TakeDestroyableLocked(std::vector<CNodeCallback*>& destroyable)
+{
+    uint64_t oldestFiring = UINT64_MAX;
+    for (const FiringSession_t& firing : m_firings)
+        oldestFiring = std::min(oldestFiring, firing.ticket);
+    auto kept = m_retired.begin();
+    for (const RetiredCallback_t& retired : m_retired)
+    {
+        if (retired.ticket <= oldestFiring)
+            destroyable.push_back(retired.pCallback);
+        else
+            *kept++ = retired;
+    }
+    m_retired.erase(kept, m_retired.end());
+}
+
+void CNodeMapImpl::RetireCallback(CNodeCallback* pCallback)
+{
+    std::vector<CNodeCallback*> destroyable;
+    {
+        std::unique_lock<std::mutex> lock(m_firingMutex);
+        if (m_firings.empty())
+        {
+            lock.unlock();
+            pCallback->Destroy();
+            return;
+        }
+        const uint64_t ticket = m_nextFiringTicket;
+        m_retired.push_back({pCallback, ticket});
+        const std::thread::id self = std::this_thread::get_id();
+        for (const FiringSession_t& firing : m_firings)
+            if (firing.thread == self)
+                return; // waiting would wait for this very thread
+        m_firingEnded.wait(lock, [&] {
+            for (const FiringSession_t& firing : m_firings)
+                if (firing.ticket < ticket)
+                    return false;
+            return true;
+        });
+        TakeDestroyableLocked(destroyable);
+    }
+    for (CNodeCallback* pDestroyable : destroyable)
+        pDestroyable->Destroy();
 }
 
 // ---------------------------------------------------------------- INodeMap

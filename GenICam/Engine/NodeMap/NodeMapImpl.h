@@ -1,8 +1,12 @@
 #pragma once
 
+#include <condition_variable>
+#include <cstdint>
 #include <memory>
+#include <mutex>
 #include <string>
 #include <string_view>
+#include <thread>
 #include <unordered_map>
 #include <utility>
 #include <vector>
@@ -20,6 +24,7 @@ namespace GenApi
 {
 class CNode;
 class CPortNode;
+class CNodeCallback;
 
 /// Header of the description (RegisterDescription attributes).
 struct DeviceInfo_t
@@ -99,6 +104,16 @@ public:
     void NotifyChangedLocked(CNode* pNode, bool dropDeviceCache = false);
     /// Queues the callbacks of one node only (lock held, inside a scope).
     void QueueCallbacksLocked(CNode* pNode);
+
+    /**
+     * \brief Destroys \a pCallback, just removed from its node (lock not held): at once when no
+     *        callbacks are firing; otherwise after every firing that may hold it has ended, which
+     *        this call waits for, unless the calling thread is itself firing (a callback
+     *        deregistering itself or another), where the last of those firings destroys it. A
+     *        firing skips callbacks deregistered after it collected them, so no callback runs
+     *        once its Deregister has returned, nor is destroyed while it runs.
+     */
+    void RetireCallback(CNodeCallback* pCallback);
 
     /// Evaluation depth guard against reference cycles.
     int& EvaluationDepth() const { return m_evaluationDepth; }
@@ -180,6 +195,30 @@ private:
     mutable int m_evaluationDepth = 0;
     mutable std::vector<CNode*> m_queued; // nodes whose callbacks fire when the scope ends
     mutable std::vector<CNode*> m_walkStack;
+
+    // Callback firings in progress and callbacks deregistered during them. A firing takes its
+    // ticket while it holds the lock, so a firing that began after a callback's removal cannot
+    // hold that callback: the callback is destroyed once no firing with a lower ticket runs.
+    struct FiringSession_t
+    {
+        uint64_t ticket;
+        std::thread::id thread;
+    };
+    struct RetiredCallback_t
+    {
+        CNodeCallback* pCallback;
+        uint64_t ticket; // firings from this ticket on never saw the callback
+    };
+    uint64_t BeginFiring();
+    void EndFiring(uint64_t ticket);
+    bool IsRetired(CNodeCallback* pCallback);
+    /// Takes the retired callbacks no running firing may still hold (m_firingMutex held).
+    void TakeDestroyableLocked(std::vector<CNodeCallback*>& destroyable);
+    std::mutex m_firingMutex;
+    std::condition_variable m_firingEnded;
+    std::vector<FiringSession_t> m_firings;   // guarded by m_firingMutex
+    std::vector<RetiredCallback_t> m_retired; // guarded by m_firingMutex
+    uint64_t m_nextFiringTicket = 0;          // guarded by m_firingMutex
     size_t m_reachedKept = 0; // entries of all CNode::m_pReached lists
     static constexpr size_t kReachedPerNode = 64; // their bound, per node of the map
 };

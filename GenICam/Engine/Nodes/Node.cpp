@@ -656,16 +656,22 @@ CallbackHandleType CNode::RegisterCallback(CNodeCallback* pCallback)
 
 bool CNode::DeregisterCallback(CallbackHandleType hCallback)
 {
-    AutoLock lock(NodeMapLock());
-    for (auto it = m_callbacks.begin(); it != m_callbacks.end(); ++it)
-        if (reinterpret_cast<CallbackHandleType>(*it) == hCallback)
-        {
-            CNodeCallback* pCallback = *it;
-            m_callbacks.erase(it);
-            pCallback->Destroy();
-            return true;
-        }
-    return false;
+    CNodeCallback* pCallback = nullptr;
+    {
+        AutoLock lock(NodeMapLock());
+        for (auto it = m_callbacks.begin(); it != m_callbacks.end(); ++it)
+            if (reinterpret_cast<CallbackHandleType>(*it) == hCallback)
+            {
+                pCallback = *it;
+                m_callbacks.erase(it);
+                break;
+            }
+    }
+    if (pCallback == nullptr)
+        return false;
+    // Another thread may be running it right now (callbacks fire outside the lock).
+    m_pMap->RetireCallback(pCallback);
+    return true;
 }
 
 INodeMap* CNode::GetNodeMap() const

@@ -1,4 +1,6 @@
 #include <algorithm>
+#include <atomic>
+#include <memory>
 #include <stdexcept>
 #include <thread>
 #include <string>
@@ -136,6 +138,84 @@ TEST(Callbacks, DeregisteredCallbacksStopAndThrowingOnesAreContained)
     EXPECT_EQ(calls, 1);
     EXPECT_FALSE(pFeat->DeregisterCallback(handle));
     EXPECT_EQ(CIntegerPtr(pFeat)->GetValue(), 2);
+}
+
+TEST(Callbacks, ACallbackMayDeregisterItselfAndTheOthersOfItsNode)
+{
+    CMemoryPort port;
+    port.Poke(4, {100}); // MaxReg
+    CNodeMapRef nodeMap = LoadSnippet(kGraph, &port);
+    INode* pFeat = nodeMap._GetNode("Feat");
+    for (ECallbackType type : {cbPostInsideLock, cbPostOutsideLock})
+    {
+        std::vector<std::string> calls;
+        CallbackHandleType first = 0, second = 0;
+        first = Register(
+            pFeat,
+            [&](INode*) {
+                calls.push_back("first");
+                Deregister(second); // not yet run in this firing: it must not run now
+                Deregister(first);  // runs on to the end with its captures intact
+                calls.push_back("first ends");
+            },
+            type);
+        second = Register(pFeat, [&](INode*) { calls.push_back("second"); }, type);
+        CIntegerPtr(pFeat)->SetValue(1);
+        EXPECT_EQ(calls, (std::vector<std::string>{"first", "first ends"})) << type;
+        CIntegerPtr(pFeat)->SetValue(2);
+        EXPECT_EQ(calls.size(), 2u) << type;
+    }
+}
+
+// One thread writes, so that callbacks fire outside the lock, while another registers and
+// deregisters callbacks whose state it deletes as soon as Deregister returns. A callback run
+// after its Deregister returned, or destroyed while running, touches freed memory (the
+// sanitizer builds report it) or counts into a closed state.
+TEST(Callbacks, DeregisterWaitsForOtherThreadsFiringTheCallback)
+{
+    CMemoryPort port;
+    port.Poke(4, {100}); // MaxReg
+    CNodeMapRef nodeMap = LoadSnippet(kGraph, &port);
+    INode* pFeat = nodeMap._GetNode("Feat");
+    struct SState_
+    {
+        std::atomic<bool> open{true};
+        std::atomic<int> callsAfterClose{0};
+        std::atomic<int> calls{0};
+    };
+    std::atomic<bool> done{false};
+    std::atomic<int> firedTotal{0};
+    std::thread writer([&] {
+        for (int64_t i = 0; !done.load(); ++i)
+            CIntegerPtr(pFeat)->SetValue(i % 100);
+    });
+    int callsAfterClose = 0;
+    for (int round = 0; round < 2000; ++round)
+    {
+        auto pState = std::make_unique<SState_>();
+        SState_* pRaw = pState.get();
+        const CallbackHandleType handle = Register(
+            pFeat,
+            [pRaw, &firedTotal](INode*) {
+                if (!pRaw->open.load())
+                    pRaw->callsAfterClose.fetch_add(1);
+                pRaw->calls.fetch_add(1);
+                firedTotal.fetch_add(1);
+                std::this_thread::yield(); // widen the window in which Deregister may come
+            },
+            round % 2 == 0 ? cbPostOutsideLock : cbPostInsideLock);
+        while (pRaw->calls.load() == 0 && round % 50 == 0)
+            std::this_thread::yield();
+        ASSERT_TRUE(pFeat->DeregisterCallback(handle));
+        pRaw->open.store(false);
+        std::this_thread::yield();
+        callsAfterClose += pRaw->callsAfterClose.load();
+        pState.reset(); // a later call would touch freed memory
+    }
+    done.store(true);
+    writer.join();
+    EXPECT_EQ(callsAfterClose, 0);
+    EXPECT_GT(firedTotal.load(), 0);
 }
 
 TEST(Callbacks, CallbacksMayUseTheNodeMap)

@@ -104,7 +104,13 @@ CallbackHandleType Register(INode* pNode, Client& client, Member member, ECallba
     return pNode->RegisterCallback(make_NodeCallback(pNode, client, member, callbackType));
 }
 
-/// Removes a callback registered with Register().
+/**
+ * \brief Removes a callback registered with Register().
+ *
+ * Once this returns the callback no longer runs: a call in progress on another thread is waited
+ * for, so do not deregister while holding a lock the callback takes. A callback may deregister
+ * itself or others; it then runs on to its end.
+ */
 inline void Deregister(CallbackHandleType hCallback)
 {
     CNodeCallback* pCallback = reinterpret_cast<CNodeCallback*>(hCallback);

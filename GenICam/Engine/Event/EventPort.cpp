@@ -40,6 +40,13 @@ private:
 };
 } // namespace
 
+struct CEventPort::SharedEvent_t
+{
+    std::vector<uint8_t> data;
+    bool hasEvent = false;
+    std::vector<CEventPort*> ports; // attached to the node, the one serving it among them
+};
+
 CEventPort::CEventPort(INode* pNode)
 {
     if (pNode)
@@ -64,14 +71,16 @@ bool CEventPort::AttachNode(INode* pNode)
     CPortNode* pPortNode = dynamic_cast<CPortNode*>(pNode);
     if (!pPortNode || !pPortNode->HasEventId())
         return false;
-    {
-        CNodeLock lock(pPortNode);
-        m_eventIdNumber = pPortNode->EventIdValue();
-        m_data.clear();
-        m_hasEvent = false;
-        m_pNode = pPortNode;
-    }
-    pPortNode->SetPortImpl(this);
+    CNodeLock lock(pPortNode);
+    CEventPort* pServing = dynamic_cast<CEventPort*>(pPortNode->ConnectedPort());
+    std::shared_ptr<SharedEvent_t> pShared =
+        pServing && pServing->m_pShared ? pServing->m_pShared : std::make_shared<SharedEvent_t>();
+    pShared->ports.push_back(this);
+    m_pShared = std::move(pShared);
+    m_eventIdNumber = pPortNode->EventIdValue();
+    m_pNode = pPortNode;
+    if (!pServing)
+        pPortNode->SetPortImpl(this);
     return true;
 }
 
@@ -82,12 +91,18 @@ void CEventPort::DetachNode()
     CPortNode* pPortNode = dynamic_cast<CPortNode*>(m_pNode);
     {
         CNodeLock lock(m_pNode);
-        m_data.clear();
-        m_hasEvent = false;
+        std::vector<CEventPort*>& ports = m_pShared->ports;
+        for (auto it = ports.begin(); it != ports.end(); ++it)
+            if (*it == this)
+            {
+                ports.erase(it);
+                break;
+            }
+        // Hand the node to a port still attached; leave a connection made by others alone.
+        if (pPortNode && pPortNode->ConnectedPort() == this)
+            pPortNode->SetPortImpl(ports.empty() ? nullptr : ports.front());
+        m_pShared.reset();
     }
-    // Another adapter may have taken the node over meanwhile; leave its connection alone.
-    if (pPortNode && pPortNode->ConnectedPort() == this)
-        pPortNode->SetPortImpl(nullptr);
     m_pNode = nullptr;
     m_eventIdNumber = 0;
 }
@@ -96,11 +111,13 @@ void CEventPort::AttachEvent(const uint8_t* pData, int64_t lengthBytes)
 {
     {
         CNodeLock lock(m_pNode);
+        if (!m_pShared)
+            m_pShared = std::make_shared<SharedEvent_t>();
         if (lengthBytes > 0)
-            m_data.assign(pData, pData + lengthBytes);
+            m_pShared->data.assign(pData, pData + lengthBytes);
         else
-            m_data.clear();
-        m_hasEvent = true;
+            m_pShared->data.clear();
+        m_pShared->hasEvent = true;
     }
     if (m_pNode)
         m_pNode->InvalidateNode();
@@ -110,8 +127,11 @@ void CEventPort::DetachEvent()
 {
     {
         CNodeLock lock(m_pNode);
-        m_data.clear();
-        m_hasEvent = false;
+        if (m_pShared)
+        {
+            m_pShared->data.clear();
+            m_pShared->hasEvent = false;
+        }
     }
     if (m_pNode)
         m_pNode->InvalidateNode();
@@ -119,13 +139,13 @@ void CEventPort::DetachEvent()
 
 EAccessMode CEventPort::GetAccessMode() const
 {
-    return m_hasEvent ? RO : NA;
+    return m_pShared && m_pShared->hasEvent ? RO : NA;
 }
 
 void CEventPort::Read(void* pBuffer, int64_t address, int64_t lengthBytes)
 {
     CNodeLock lock(m_pNode);
-    const int64_t size = static_cast<int64_t>(m_data.size());
+    const int64_t size = m_pShared ? static_cast<int64_t>(m_pShared->data.size()) : 0;
     if (address < 0 || lengthBytes < 0 || address > size || lengthBytes > size - address)
     {
         const long long end = address > INT64_MAX - lengthBytes ? INT64_MAX : address + lengthBytes;
@@ -134,7 +154,7 @@ void CEventPort::Read(void* pBuffer, int64_t address, int64_t lengthBytes)
                                 static_cast<long long>(address), end, static_cast<long long>(size));
     }
     if (lengthBytes > 0)
-        std::memcpy(pBuffer, m_data.data() + address, static_cast<size_t>(lengthBytes));
+        std::memcpy(pBuffer, m_pShared->data.data() + address, static_cast<size_t>(lengthBytes));
 }
 
 void CEventPort::Write(const void* /*pBuffer*/, int64_t address, int64_t lengthBytes)

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <memory>
 #include <vector>
 
 #include <Base/GCLinkage.h>
@@ -34,12 +35,15 @@ public:
     virtual ~CEventPort();
 
     /**
-     * \brief Connects this object as the implementation of \a pNode.
+     * \brief Connects this object as the implementation of \a pNode. When another event port
+     *        serves the node already (a second adapter on the same node map), both share the
+     *        node's last event: an event delivered through either reads through the node.
      * \return False (and nothing connected) when \a pNode is not a Port node with an EventID.
      * \note The node must outlive the connection; DetachNode() (or destruction) ends it.
      */
     bool AttachNode(INode* pNode);
-    /// Disconnects from the Port node, which becomes NI again.
+    /// Disconnects from the Port node, which becomes NI again unless another event port is
+    /// attached to it too (that one then serves the node, with the last event kept).
     void DetachNode();
 
     /// The event ID of the connected Port node as a number (0 when unconnected).
@@ -66,11 +70,12 @@ public:
     void Write(const void* pBuffer, int64_t address, int64_t lengthBytes) override;
 
 private:
+    struct SharedEvent_t;
     INode* m_pNode = nullptr; // the Port node; borrowed, the node map outlives the connection
     uint64_t m_eventIdNumber = 0;
 
-    // Guarded by the node map's lock.
-    std::vector<uint8_t> m_data;
-    bool m_hasEvent = false;
+    // The last event of the node, shared by every event port attached to it (several adapters
+    // on one node map); created on first use. Guarded by the node map's lock.
+    std::shared_ptr<SharedEvent_t> m_pShared;
 };
 } // namespace GenApi

@@ -4,6 +4,7 @@
 
 #include <atomic>
 #include <cstdio>
+#include <memory>
 #include <set>
 #include <string>
 #include <thread>
@@ -340,6 +341,38 @@ TEST_F(EventAdapterTest, GenericDeliveriesMatchIdsByValue)
     EXPECT_TRUE(m_fired.empty());
     EXPECT_EQ(PortBytes('B'), kPayloadText);
     EXPECT_THROW(adapter.DeliverMessage(nullptr, 4, uint64_t(0x9001)), GenICam::RuntimeException);
+}
+
+// A transport adapter and a generic one on the same node map (remote events and events the
+// producer forwards generically): either delivery reads through the node, and the node stays
+// served, with its last event, when one of the adapters goes.
+TEST_F(EventAdapterTest, TwoAdaptersOnOneNodeMapShareEachPortsLastEvent)
+{
+    CEventAdapterGEV gev(m_map._Ptr);
+    auto pGeneric = std::make_unique<CEventAdapterGeneric>(m_map._Ptr);
+    const std::vector<uint8_t> payload = Hex("A0 A1 A2 A3 A4 A5 A6 A7 A8 A9 AA AB");
+
+    m_fired.clear();
+    pGeneric->DeliverMessage(payload.data(), 12, gcstring("9001"));
+    EXPECT_EQ(m_fired, kPortACallbacks);
+    EXPECT_EQ(Access("EventPortA"), RO);
+    EXPECT_EQ(PortBytes('A'), "A0 A1 A2 A3 A4 A5 A6 A7  A8 A9 AA AB");
+
+    Deliver(gev, kGevEventData9001);
+    EXPECT_EQ(m_fired, kPortACallbacks);
+    EXPECT_EQ(PortBytes('A'), "00 14 90 01 00 00 00 05  00 00 00 01 00 00 00 02  DE AD BE EF");
+
+    pGeneric->DeliverMessage(payload.data(), 12, uint64_t(0x9002));
+    EXPECT_EQ(PortBytes('B'), "A0 A1 A2 A3 A4 A5 A6 A7  A8 A9 AA AB");
+    pGeneric.reset();
+    EXPECT_EQ(PortBytes('B'), "A0 A1 A2 A3 A4 A5 A6 A7  A8 A9 AA AB") << "kept by the remaining adapter";
+    Deliver(gev, kGevEventTwoItems);
+    EXPECT_EQ(PortBytes('B'), "00 10 90 02 FF FF 00 07  11 11 11 11 22 22 22 22");
+
+    // Created the other way round, the first adapter's port goes first.
+    CEventAdapterGeneric late(m_map._Ptr);
+    late.DeliverMessage(payload.data(), 12, gcstring("9001"));
+    EXPECT_EQ(PortBytes('A'), "A0 A1 A2 A3 A4 A5 A6 A7  A8 A9 AA AB");
 }
 
 TEST_F(EventAdapterTest, EveryCutOfAValidMessageIsDeliveredOrRefusedCleanly)

@@ -412,7 +412,7 @@ void CQvDataStream::OnNewBuffer(IQvStreamBufferInside* pIQvStreamBufferInside)
     CQvStreamBuffer* pBuffer = static_cast<CQvStreamBuffer*>(pIQvStreamBufferInside);
     CQvStreamBufferInfo& info = pBuffer->Info();
     const bool incomplete = info.IsIncomplete();
-    pBuffer->SetFillIncomplete(incomplete); // RetrieveBuffer() needs it too: ask the producer once
+    pBuffer->OnFilled(incomplete); // RetrieveBuffer() needs it too: ask the producer once
     if (!incomplete)
         m_fps.Rcv();
 

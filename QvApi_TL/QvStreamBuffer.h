@@ -88,9 +88,14 @@ public:
     CQvStreamBufferInfo& Info() { return m_info; }
     /// \return The buffer's number on its stream.
     size_t GetIndex() const { return m_index; }
-    /// Records whether the last fill was incomplete (listener thread, before the buffer enters the
-    /// filled queue; read after it left the queue, so the queue lock orders the two).
-    void SetFillIncomplete(bool incomplete) { m_bFillIncomplete = incomplete; }
+    /// A new fill arrived: records whether it is incomplete and that the image's geometry may have
+    /// changed (listener thread, before the buffer enters the filled queue; read after it left the
+    /// queue, so the queue lock orders the two).
+    void OnFilled(bool incomplete)
+    {
+        m_bFillIncomplete = incomplete;
+        m_image.OnNewFill();
+    }
     /// \return Whether the last fill was incomplete, as the listener read it.
     bool IsFillIncomplete() const { return m_bFillIncomplete; }
 
@@ -114,6 +119,6 @@ private:
     bool m_bGenericChunks = false;                  // the producer lists the chunks (not U3V/GEV)
     std::vector<GenApi::SingleChunkData_t> m_chunks; // chunk list scratch, sized once
     bool m_bChunkAttached = false;
-    bool m_bFillIncomplete = false; // see SetFillIncomplete()
+    bool m_bFillIncomplete = false; // see OnFilled()
 };
 } // namespace QvApi

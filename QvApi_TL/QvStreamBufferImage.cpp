@@ -31,6 +31,77 @@ constexpr uint32_t kCxpBayer[4][5] = {
 };
 } // namespace
 
+// The image getters' answers for the current fill, each asked once (failures are not kept, so
+// they repeat as the getter would). Used by one thread at a time, like the image.
+class CQvStreamBufferImage::CFillGeometry final : public IQvImageInside
+{
+public:
+    explicit CFillGeometry(CQvStreamBufferImage* pImage) : m_pImage(pImage) {}
+
+    size_t GetImageWidth() override { return Known(m_width, kWidth, [this] { return m_pImage->GetImageWidth(); }); }
+    size_t GetImageHeight() override
+    {
+        return Known(m_height, kHeight, [this] { return m_pImage->GetImageHeight(); });
+    }
+    size_t GetImageLinePitch() override
+    {
+        return Known(m_linePitch, kLinePitch, [this] { return m_pImage->GetImageLinePitch(); });
+    }
+    size_t GetImagePlanePitch() override { return GetImageLinePitch() * GetImageHeight(); }
+    EQvPixelFormatNamingConvention_t GetImagePixelFormat() override
+    {
+        return Known(m_format, kFormat, [this] { return m_pImage->GetImagePixelFormat(); });
+    }
+    void* GetImageBuffer() override
+    {
+        return Known(m_pPixels, kBuffer, [this] { return m_pImage->GetImageBuffer(); });
+    }
+    void* GetUserContext() override { return m_pImage->GetUserContext(); }
+    IQvImage* GetROIImage(size_t x, size_t y, size_t width, size_t height) override
+    {
+        return m_pImage->GetROIImage(x, y, width, height);
+    }
+    IQvPixelComponentValue* GetIQvPixelComponentValue(size_t x, size_t y) override
+    {
+        return m_pImage->GetIQvPixelComponentValue(x, y);
+    }
+
+private:
+    enum : unsigned
+    {
+        kWidth = 1,
+        kHeight = 2,
+        kLinePitch = 4,
+        kFormat = 8,
+        kBuffer = 16
+    };
+    template <class T, class Fetch>
+    T Known(T& value, unsigned bit, Fetch fetch)
+    {
+        const uint64_t fill = m_pImage->m_fill.load(std::memory_order_acquire);
+        if (fill != m_knownFill)
+        {
+            m_known = 0;
+            m_knownFill = fill;
+        }
+        if ((m_known & bit) == 0)
+        {
+            value = fetch();
+            m_known |= bit;
+        }
+        return value;
+    }
+
+    CQvStreamBufferImage* const m_pImage;
+    uint64_t m_knownFill = 0;
+    unsigned m_known = 0; // the k... bits of the values below that belong to m_knownFill
+    size_t m_width = 0;
+    size_t m_height = 0;
+    size_t m_linePitch = 0;
+    EQvPixelFormatNamingConvention_t m_format{};
+    void* m_pPixels = nullptr;
+};
+
 CQvStreamBufferImage::CQvStreamBufferImage(CQvStreamBuffer* pBuffer) : m_pBuffer(pBuffer) {}
 
 CQvStreamBufferImage::~CQvStreamBufferImage() = default;
@@ -194,13 +265,26 @@ void* CQvStreamBufferImage::GetUserContext()
     return m_pBuffer->Info().GetUserPtr();
 }
 
+CQvStreamBufferImage::CFillGeometry& CQvStreamBufferImage::FillGeometry()
+{
+    if (m_pFillGeometry == nullptr)
+    {
+        try
+        {
+            m_pFillGeometry.reset(new CFillGeometry(this));
+        }
+        QV_CATCH_BAD_ALLOC()
+    }
+    return *m_pFillGeometry;
+}
+
 IQvImage* CQvStreamBufferImage::GetROIImage(size_t x, size_t y, size_t width, size_t height)
 {
     if (m_pROIImage == nullptr)
     {
         try
         {
-            m_pROIImage.reset(new CQvROIImage(static_cast<IQvImageInside*>(this)));
+            m_pROIImage.reset(new CQvROIImage(static_cast<IQvImageInside*>(&FillGeometry())));
         }
         QV_CATCH_BAD_ALLOC()
     }
@@ -210,7 +294,7 @@ IQvImage* CQvStreamBufferImage::GetROIImage(size_t x, size_t y, size_t width, si
 
 IQvPixelComponentValue* CQvStreamBufferImage::GetIQvPixelComponentValue(size_t x, size_t y)
 {
-    m_pixelComponent.SetPixelComponent(static_cast<IQvImageInside*>(this), x, y);
+    m_pixelComponent.SetPixelComponent(static_cast<IQvImageInside*>(&FillGeometry()), x, y);
     return &m_pixelComponent;
 }
 } // namespace QvApi

@@ -28,8 +28,8 @@ class CQvStreamBuffer;
  *        offset, ROI views and per-pixel access.
  *
  * Owned by its CQvStreamBuffer. Every getter asks the producer for the buffer's last fill, so an
- * image is meaningful between RetrieveBuffer() and Release(). One thread at a time, together
- * with its ROI view.
+ * image is meaningful between RetrieveBuffer() and Release(); pixel access and the ROI view
+ * remember the answers until the next fill. One thread at a time, together with its ROI view.
  */
 class QVAPI_API CQvStreamBufferImage final : public IQvImageInside
 {
@@ -63,6 +63,8 @@ public:
 
     /// Ends the ROI view (the buffer is being revoked).
     void ReleaseROIImage();
+    /// The producer filled the buffer again (any thread; the next use happens after it).
+    void OnNewFill() { m_fill.fetch_add(1, std::memory_order_release); }
 
     /**
      * \brief The PFNC code of a CoaXPress pixel format code (class bits 8-11, variant 4-7,
@@ -71,6 +73,8 @@ public:
     static EQvPixelFormatNamingConvention_t MapCoaXPressPixelFormat(uint64_t cxpPixelFormat);
 
 private:
+    class CFillGeometry;
+    CFillGeometry& FillGeometry();
     /// The value of an integer chunk feature, or 0 without chunk node map, node or value.
     size_t ChunkInteger(const char* name, std::atomic<GenApi::IInteger*>& cache);
 
@@ -81,6 +85,11 @@ private:
     // Chunk features; they live as long as the buffer's chunk node map.
     std::atomic<GenApi::IInteger*> m_pChunkWidth{nullptr};
     std::atomic<GenApi::IInteger*> m_pChunkHeight{nullptr};
+    // Pixel access and the ROI view read the geometry through m_pFillGeometry, which asks the
+    // getters above once per fill: each answer is several producer calls, and pixel access
+    // needs five of them per pixel.
+    std::atomic<uint64_t> m_fill{0};
+    std::unique_ptr<CFillGeometry> m_pFillGeometry;
     CQvPixelComponent m_pixelComponent;       // handed out by GetIQvPixelComponentValue()
     std::unique_ptr<CQvROIImage> m_pROIImage; // made by the first GetROIImage()
 };

@@ -435,6 +435,55 @@ TEST_F(DataStream, GeometryFallsBackToChunkFeaturesThenToZero)
     m_stream.Reset();
 }
 
+// Pixel access asks the producer for the geometry once per fill, not at every pixel; a new fill
+// of the same buffer is read with its own geometry.
+TEST_F(DataStream, PixelAccessAsksForTheGeometryOncePerFill)
+{
+    IQvDataStreamReleasable* pStream = Open();
+    SetBufferInfo<uint64_t>(GenTL::BUFFER_INFO_PIXELFORMAT_NAMESPACE, GenTL::INFO_DATATYPE_UINT64,
+                            GenTL::PIXELFORMAT_NAMESPACE_PFNC_32BIT);
+    SetBufferInfo<uint64_t>(GenTL::BUFFER_INFO_PIXELFORMAT, GenTL::INFO_DATATYPE_UINT64, QvPFNC_Mono8);
+    SetBufferInfo<size_t>(GenTL::BUFFER_INFO_WIDTH, GenTL::INFO_DATATYPE_SIZET, 16);
+    SetBufferInfo<size_t>(GenTL::BUFFER_INFO_HEIGHT, GenTL::INFO_DATATYPE_SIZET, 8);
+    pStream->SetStreamBufferCount(1); // every fill is the same buffer
+    pStream->StartAcquisition();
+
+    ASSERT_EQ(m_pControl->DeliverBuffers(1), 1);
+    IQvStreamBufferReleasable* pBuffer = pStream->RetrieveBuffer(2000, QvTimeoutHandling_Throw);
+    ASSERT_NE(pBuffer, nullptr);
+    IQvImage* pImage = pBuffer->GetIQvImage();
+    uint8_t* pPixels = static_cast<uint8_t*>(pImage->GetImageBuffer());
+    for (int i = 0; i < 16 * 8; ++i)
+        pPixels[i] = static_cast<uint8_t>(i);
+    EXPECT_EQ(pImage->GetIQvPixelComponentValue(0, 0)->GetValue(0), 0u);
+    const uint32_t before = Calls(QV_FAULT_DSGetBufferInfo);
+    uint64_t sum = 0;
+    for (size_t y = 0; y < 8; ++y)
+        for (size_t x = 0; x < 16; ++x)
+            sum += pImage->GetIQvPixelComponentValue(x, y)->GetValue(0);
+    EXPECT_EQ(sum, 127u * 128u / 2);
+    IQvImage* pROI = pImage->GetROIImage(4, 2, 8, 4);
+    EXPECT_EQ(pROI->GetIQvPixelComponentValue(1, 1)->GetValue(0), 3u * 16 + 5);
+    EXPECT_EQ(Calls(QV_FAULT_DSGetBufferInfo), before) << "answered from the first pixel's questions";
+    EXPECT_THROW(pImage->GetIQvPixelComponentValue(16, 0), GenICam::GenericException);
+    pBuffer->Release();
+
+    // The next fill is Mono16, 8 pixels wide: both the image and its ROI view read it so.
+    SetBufferInfo<uint64_t>(GenTL::BUFFER_INFO_PIXELFORMAT, GenTL::INFO_DATATYPE_UINT64, QvPFNC_Mono16);
+    SetBufferInfo<size_t>(GenTL::BUFFER_INFO_WIDTH, GenTL::INFO_DATATYPE_SIZET, 8);
+    ASSERT_EQ(m_pControl->DeliverBuffers(1), 1);
+    pBuffer = pStream->RetrieveBuffer(2000, QvTimeoutHandling_Throw);
+    ASSERT_NE(pBuffer, nullptr);
+    ASSERT_EQ(pBuffer->GetIQvImage(), pImage);
+    for (int i = 0; i < 16 * 8; ++i)
+        pPixels[i] = static_cast<uint8_t>(i);
+    EXPECT_EQ(pImage->GetIQvPixelComponentValue(1, 0)->GetValue(0), 0x0302u); // little-endian bytes 2, 3
+    EXPECT_EQ(pROI->GetIQvPixelComponentValue(1, 1)->GetValue(0), 0x3b3au) << "(5, 3): bytes 3 * 16 + 10";
+    EXPECT_THROW(pImage->GetIQvPixelComponentValue(8, 0), GenICam::GenericException);
+    pBuffer->Release();
+    m_stream.Reset();
+}
+
 TEST_F(DataStream, CoaXPressPixelFormatsAreMappedOnACoaXPressInterfaceOnly)
 {
     const char* cxp = "CXP";

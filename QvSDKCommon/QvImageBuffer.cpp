@@ -8,6 +8,7 @@
 #include <QvApi/QvApiFunctions.h>
 
 #include "QvApi_TL/QvPixelFormatInfoInside.h"
+#include "QvSDKCommon/LineCopy.h"
 #include "QvSDKCommon/QvExceptionMacros.h"
 #include "QvSDKCommon/QvTestChart.h"
 
@@ -174,19 +175,14 @@ void CQvImageBuffer::CopyImage(IQvImage* pSrc)
     const size_t lineBytes = pInfo->GetRequiredLinePitch(width, 1);
     auto* pDst = static_cast<uint8_t*>(m_pBuffer);
 
-    // memmove: an in-place crop copies forwards within one block (the destination never lies
-    // after its source), which memmove handles; elsewhere it is as fast as memcpy.
+    // An in-place crop copies forwards within one block (the destination never lies after its
+    // source), which CopyLines handles. Equal pitches copy the plane as one block.
     for (size_t plane = 0; plane < planeCount; ++plane)
     {
         if (srcLinePitch == m_linePitch)
-        {
-            memmove(pDst, pSrcBuffer, (height - 1) * m_linePitch + lineBytes);
-        }
+            CopyLines(pDst, 0, pSrcBuffer, 0, (height - 1) * m_linePitch + lineBytes, 1);
         else
-        {
-            for (size_t line = 0; line < height; ++line)
-                memmove(pDst + line * m_linePitch, pSrcBuffer + line * srcLinePitch, lineBytes);
-        }
+            CopyLines(pDst, m_linePitch, pSrcBuffer, srcLinePitch, lineBytes, height);
         pSrcBuffer += srcPlanePitch;
         pDst += height * m_linePitch;
     }

@@ -10,6 +10,7 @@ target_sources(QvApi_TL PRIVATE
     ${CMAKE_SOURCE_DIR}/QvSDKCommon/QvLinuxErrorExceptionReporter.cpp
     ${CMAKE_SOURCE_DIR}/QvSDKCommon/QvUtilities.cpp
     ${CMAKE_SOURCE_DIR}/QvSDKCommon/Worker.cpp
+    ${CMAKE_SOURCE_DIR}/QvSDKCommon/LineCopy.cpp
     ${CMAKE_SOURCE_DIR}/QvSDKCommon/QvImageBuffer.cpp
     ${CMAKE_SOURCE_DIR}/QvSDKCommon/QvROIImage.cpp
     ${CMAKE_SOURCE_DIR}/QvSDKCommon/QvTestChart.cpp

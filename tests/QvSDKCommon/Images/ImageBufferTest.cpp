@@ -272,6 +272,51 @@ TEST_F(ImageBuffer, CopiesLineByLineBetweenDifferentPitches)
     }
 }
 
+// Copies of more than a cache's worth of lines take another path (stores around the cache):
+// lines of odd length at every alignment, from an image and from a view, and in place.
+TEST_F(ImageBuffer, CopiesLargeImagesLineByLineExactly)
+{
+    const size_t width = 4099, height = 2100; // 8.6 MB
+    BufferPtr source = MakeBuffer();
+    source->SetSize(width, height, QvPFNC_Mono8, 64);
+    IQvImage* pSource = source->GetIQvImage();
+    ASSERT_EQ(pSource->GetImageLinePitch(), 4160u);
+    for (size_t y = 0; y < height; ++y)
+        for (size_t x = 0; x < 4160; ++x)
+            BytesOf(pSource)[y * 4160 + x] = static_cast<uint8_t>(x * 7 + y * 13 + (x >> 8));
+    auto expectLines = [](IQvImage* pFrom, IQvImage* pTo) {
+        const size_t lineBytes = pFrom->GetImageWidth();
+        ASSERT_EQ(pTo->GetImageWidth(), lineBytes);
+        ASSERT_EQ(pTo->GetImageHeight(), pFrom->GetImageHeight());
+        size_t wrongLines = 0;
+        for (size_t y = 0; y < pFrom->GetImageHeight(); ++y)
+            wrongLines += std::memcmp(BytesOf(pTo) + y * pTo->GetImageLinePitch(),
+                                      BytesOf(pFrom) + y * pFrom->GetImageLinePitch(), lineBytes) != 0;
+        EXPECT_EQ(wrongLines, 0u);
+    };
+
+    GuardedAllocator allocator;
+    BufferPtr copy = MakeBuffer(&allocator);
+    copy->CopyImage(pSource);
+    EXPECT_EQ(copy->GetIQvImage()->GetImageLinePitch(), width); // odd: every line starts elsewhere
+    expectLines(pSource, copy->GetIQvImage());
+    IQvImage* pView = pSource->GetROIImage(3, 1, 4093, 2099);
+    copy->CopyImage(pView);
+    expectLines(pView, copy->GetIQvImage());
+    GuardedAllocator samePitchAllocator;
+    BufferPtr samePitch = MakeBuffer(&samePitchAllocator);
+    samePitch->CopyImage(copy->GetIQvImage()); // one block
+    expectLines(copy->GetIQvImage(), samePitch->GetIQvImage());
+    EXPECT_TRUE(allocator.GuardsIntact());
+    EXPECT_TRUE(samePitchAllocator.GuardsIntact());
+
+    // In place: the view's lines overlap the destination's.
+    BufferPtr reference = MakeBuffer();
+    reference->CopyImage(pSource->GetROIImage(5, 3, 4090, 2090));
+    source->CopyImage(pSource->GetROIImage(5, 3, 4090, 2090));
+    expectLines(reference->GetIQvImage(), source->GetIQvImage());
+}
+
 TEST_F(ImageBuffer, CopiesAViewAtAnOddOffsetWithItsBayerPhase)
 {
     BufferPtr source = MakeBuffer();

@@ -279,7 +279,7 @@ const std::vector<DeviceEntry_t>& CCameraSession::GetDevices()
     return m_devices;
 }
 
-QvApi::IQvDevice* CCameraSession::OpenDevice(const std::string& spec, GenTL::DEVICE_ACCESS_FLAGS flags)
+QvApi::IQvDevice* CCameraSession::OpenDevice(const std::string& which, GenTL::DEVICE_ACCESS_FLAGS flags)
 {
     OpenSystems();
     bool anySystem = false;
@@ -303,7 +303,7 @@ QvApi::IQvDevice* CCameraSession::OpenDevice(const std::string& spec, GenTL::DEV
         throw CToolError(ExitCode_NoDevice, "no device found (see 'qvcam list')");
 
     const DeviceEntry_t* pChosen = nullptr;
-    if (spec.empty())
+    if (which.empty())
     {
         for (const DeviceEntry_t& entry : devices)
         {
@@ -323,11 +323,11 @@ QvApi::IQvDevice* CCameraSession::OpenDevice(const std::string& spec, GenTL::DEV
             throw CToolError(ExitCode_DeviceOpen, "no available device: all " + std::to_string(devices.size()) +
                                                       " devices are busy or not accessible");
     }
-    else if (IsDigits(spec))
+    else if (IsDigits(which))
     {
-        const unsigned long long index = std::strtoull(spec.c_str(), nullptr, 10);
-        if (spec.size() > 6 || index >= devices.size())
-            throw CToolError(ExitCode_NoDevice, "no device #" + spec + ": " + std::to_string(devices.size()) +
+        const unsigned long long index = std::strtoull(which.c_str(), nullptr, 10);
+        if (which.size() > 6 || index >= devices.size())
+            throw CToolError(ExitCode_NoDevice, "no device #" + which + ": " + std::to_string(devices.size()) +
                                                     " device(s) found, numbered from 0 (see 'qvcam list')");
         pChosen = &devices[index];
     }
@@ -338,14 +338,14 @@ QvApi::IQvDevice* CCameraSession::OpenDevice(const std::string& spec, GenTL::DEV
             for (const DeviceEntry_t& entry : devices)
             {
                 const std::string& key = pass == 0 ? entry.id : pass == 1 ? entry.serial : entry.userName;
-                if (!key.empty() && key == spec)
+                if (!key.empty() && key == which)
                 {
                     pChosen = &entry;
                     break;
                 }
             }
         if (pChosen == nullptr)
-            throw CToolError(ExitCode_NoDevice, "no device '" + spec +
+            throw CToolError(ExitCode_NoDevice, "no device '" + which +
                                                     "': it is neither an index, an ID, a serial number nor a user-defined "
                                                     "name of a listed device (see 'qvcam list')");
     }
@@ -364,18 +364,18 @@ QvApi::IQvDevice* CCameraSession::OpenDevice(const std::string& spec, GenTL::DEV
     return m_device.Get();
 }
 
-QvApi::IQvDevice* CCameraSession::OpenDeviceForReading(const std::string& spec)
+QvApi::IQvDevice* CCameraSession::OpenDeviceForReading(const std::string& which)
 {
     try
     {
-        return OpenDevice(spec, GenTL::DEVICE_ACCESS_CONTROL);
+        return OpenDevice(which, GenTL::DEVICE_ACCESS_CONTROL);
     }
     catch (const CToolError& error)
     {
         if (error.GetCode() != ExitCode_DeviceOpen)
             throw;
     }
-    return OpenDevice(spec, GenTL::DEVICE_ACCESS_READONLY);
+    return OpenDevice(which, GenTL::DEVICE_ACCESS_READONLY);
 }
 
 QvApi::IQvDataStream* CCameraSession::GetDataStream()

@@ -65,14 +65,14 @@ public:
     const std::vector<DeviceEntry_t>& GetDevices();
 
     /**
-     * \brief Opens the device that \a spec names: an index of the listing, a device ID, a serial
+     * \brief Opens the device \a which names: an index of the listing, a device ID, a serial
      *        number or a user-defined name; empty means the first available device.
      * \throws CToolError NoProducer, NoDevice or DeviceOpen.
      */
-    QvApi::IQvDevice* OpenDevice(const std::string& spec, GenTL::DEVICE_ACCESS_FLAGS flags);
+    QvApi::IQvDevice* OpenDevice(const std::string& which, GenTL::DEVICE_ACCESS_FLAGS flags);
     /// \brief OpenDevice() with write access when the device grants it, read-only otherwise:
     ///        access modes then show what the user could change.
-    QvApi::IQvDevice* OpenDeviceForReading(const std::string& spec);
+    QvApi::IQvDevice* OpenDeviceForReading(const std::string& which);
     /// \return The device OpenDevice() opened, or null.
     QvApi::IQvDevice* GetDevice() const { return m_device.Get(); }
     /// \return A text naming the open device for messages ("QVU3V0000").

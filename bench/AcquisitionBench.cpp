@@ -234,36 +234,13 @@ void SetLatencyCounters(benchmark::State& state, std::vector<int64_t>& latencies
     state.counters["samples"] = static_cast<double>(latencies.size());
 }
 
-void BM_SdkRetrieve(benchmark::State& state)
+/// Runs a benchmark body; a failure skips the benchmark with its message.
+template <class Body>
+void Guarded(benchmark::State& state, Body body)
 {
     try
     {
-        CBenchCamera camera(state.range(0), state.range(1), 0.0);
-        CIQvDataStreamPtr stream(camera.Device()->CreateIQvDataStream(0, nullptr));
-        stream->SetStreamBufferCount(kBufferCount);
-        CListenerThreadProbe probe;
-        void* hProbe = stream->RegisterCallback(&probe);
-        stream->StartAcquisition();
-        camera.Device()->AcquisitionStart();
-        for (int i = 0; i < 16; ++i)
-            stream->RetrieveBuffer(5000, QvTimeoutHandling_Throw)->Release();
-        while (probe.m_tid.load() == 0) // the callback runs after the buffer was queued as filled
-            std::this_thread::yield();
-        stream->DeregisterCallback(hProbe); // measured without callbacks
-        const pid_t self = ThreadId();
-        const pid_t listener = probe.m_tid.load();
-        const int64_t cpuBefore = ThreadCpuNs(self) + ThreadCpuNs(listener);
-        const auto started = Clock::now();
-        int64_t frames = 0;
-        for (auto _ : state)
-        {
-            stream->RetrieveBuffer(5000, QvTimeoutHandling_Throw)->Release();
-            ++frames;
-        }
-        const double seconds = std::chrono::duration<double>(Clock::now() - started).count();
-        SetThroughputCounters(state, frames, seconds, ThreadCpuNs(self) + ThreadCpuNs(listener) - cpuBefore);
-        camera.Device()->AcquisitionStop();
-        stream->StopAcquisition();
+        body();
     }
     catch (const GenICam::GenericException& e)
     {
@@ -275,15 +252,107 @@ void BM_SdkRetrieve(benchmark::State& state)
     }
 }
 
+/// A device acquiring through an SDK data stream, past its first frame; it learns the stream's
+/// listener thread on the way. Stops when it goes.
+class CSdkAcquisition
+{
+public:
+    explicit CSdkAcquisition(IQvDeviceReleasable* pDevice)
+        : m_pDevice(pDevice), m_stream(pDevice->CreateIQvDataStream(0, nullptr))
+    {
+        m_stream->SetStreamBufferCount(kBufferCount);
+        CListenerThreadProbe probe;
+        void* hProbe = m_stream->RegisterCallback(&probe);
+        m_stream->StartAcquisition();
+        m_pDevice->AcquisitionStart();
+        m_stream->RetrieveBuffer(5000, QvTimeoutHandling_Throw)->Release();
+        while (probe.m_tid.load() == 0) // the callback runs after the buffer was queued as filled
+            std::this_thread::yield();
+        m_stream->DeregisterCallback(hProbe); // measured without callbacks
+        m_listener = probe.m_tid.load();
+    }
+    ~CSdkAcquisition()
+    {
+        try
+        {
+            m_pDevice->AcquisitionStop();
+            m_stream->StopAcquisition();
+        }
+        catch (const GenICam::GenericException&)
+        {
+        }
+    }
+    CSdkAcquisition(const CSdkAcquisition&) = delete;
+    CSdkAcquisition& operator=(const CSdkAcquisition&) = delete;
+
+    IQvStreamBufferReleasable* Next() { return m_stream->RetrieveBuffer(5000, QvTimeoutHandling_Throw); }
+    void Skip(size_t frames)
+    {
+        for (size_t i = 0; i < frames; ++i)
+            Next()->Release();
+    }
+    pid_t Listener() const { return m_listener; }
+
+private:
+    IQvDeviceReleasable* const m_pDevice;
+    CIQvDataStreamPtr m_stream;
+    pid_t m_listener = 0;
+};
+
+/// A device acquiring through a raw GenTL stream. Stops when it goes.
+class CRawAcquisition : public CRawStream
+{
+public:
+    explicit CRawAcquisition(IQvDeviceReleasable* pDevice) : CRawStream(pDevice), m_pDevice(pDevice)
+    {
+        m_pDevice->AcquisitionStart();
+    }
+    ~CRawAcquisition()
+    {
+        try
+        {
+            m_pDevice->AcquisitionStop();
+        }
+        catch (const GenICam::GenericException&)
+        {
+        }
+    }
+    void Skip(size_t frames)
+    {
+        for (size_t i = 0; i < frames; ++i)
+            Queue(Next());
+    }
+
+private:
+    IQvDeviceReleasable* const m_pDevice;
+};
+
+void BM_SdkRetrieve(benchmark::State& state)
+{
+    Guarded(state, [&] {
+        CBenchCamera camera(state.range(0), state.range(1), 0.0);
+        CSdkAcquisition sdk(camera.Device());
+        sdk.Skip(16);
+        const pid_t self = ThreadId();
+        const int64_t cpuBefore = ThreadCpuNs(self) + ThreadCpuNs(sdk.Listener());
+        const auto started = Clock::now();
+        int64_t frames = 0;
+        for (auto _ : state)
+        {
+            sdk.Next()->Release();
+            ++frames;
+        }
+        const double seconds = std::chrono::duration<double>(Clock::now() - started).count();
+        SetThroughputCounters(state, frames, seconds, ThreadCpuNs(self) + ThreadCpuNs(sdk.Listener()) - cpuBefore);
+    });
+}
+
 void BM_RawLoop(benchmark::State& state)
 {
-    try
-    {
+    Guarded(state, [&] {
         CBenchCamera camera(state.range(0), state.range(1), 0.0);
-        CRawStream raw(camera.Device());
-        camera.Device()->AcquisitionStart();
-        for (int i = 0; i < 16; ++i)
-            raw.Queue(raw.Next());
+        CRawAcquisition raw(camera.Device());
+        raw.Skip(16);
         const pid_t self = ThreadId();
         const int64_t cpuBefore = ThreadCpuNs(self);
         const auto started = Clock::now();
@@ -295,64 +364,37 @@ void BM_RawLoop(benchmark::State& state)
         }
         const double seconds = std::chrono::duration<double>(Clock::now() - started).count();
         SetThroughputCounters(state, frames, seconds, ThreadCpuNs(self) - cpuBefore);
-        camera.Device()->AcquisitionStop();
-    }
-    catch (const GenICam::GenericException& e)
-    {
-        state.SkipWithError(e.GetDescription());
-    }
-    catch (const std::exception& e)
-    {
-        state.SkipWithError(e.what());
-    }
+    });
 }
 
 void BM_SdkLatency(benchmark::State& state)
 {
-    try
-    {
+    Guarded(state, [&] {
         CBenchCamera camera(state.range(0), state.range(1), 1000.0);
         const int64_t epoch = camera.TimestampEpochNs();
-        CIQvDataStreamPtr stream(camera.Device()->CreateIQvDataStream(0, nullptr));
-        stream->SetStreamBufferCount(kBufferCount);
-        stream->StartAcquisition();
-        camera.Device()->AcquisitionStart();
-        for (int i = 0; i < 16; ++i)
-            stream->RetrieveBuffer(5000, QvTimeoutHandling_Throw)->Release();
+        CSdkAcquisition sdk(camera.Device());
+        sdk.Skip(16);
         std::vector<int64_t> latencies;
         latencies.reserve(static_cast<size_t>(state.max_iterations));
         for (auto _ : state)
         {
-            IQvStreamBufferReleasable* pBuffer = stream->RetrieveBuffer(5000, QvTimeoutHandling_Throw);
+            IQvStreamBufferReleasable* pBuffer = sdk.Next();
             const int64_t returned = NowNs();
             latencies.push_back(returned - epoch -
                                 static_cast<int64_t>(pBuffer->GetIQvStreamBufferInfo()->GetTimestampNS()));
             pBuffer->Release();
         }
         SetLatencyCounters(state, latencies);
-        camera.Device()->AcquisitionStop();
-        stream->StopAcquisition();
-    }
-    catch (const GenICam::GenericException& e)
-    {
-        state.SkipWithError(e.GetDescription());
-    }
-    catch (const std::exception& e)
-    {
-        state.SkipWithError(e.what());
-    }
+    });
 }
 
 void BM_RawLatency(benchmark::State& state)
 {
-    try
-    {
+    Guarded(state, [&] {
         CBenchCamera camera(state.range(0), state.range(1), 1000.0);
         const int64_t epoch = camera.TimestampEpochNs();
-        CRawStream raw(camera.Device());
-        camera.Device()->AcquisitionStart();
-        for (int i = 0; i < 16; ++i)
-            raw.Queue(raw.Next());
+        CRawAcquisition raw(camera.Device());
+        raw.Skip(16);
         std::vector<int64_t> latencies;
         latencies.reserve(static_cast<size_t>(state.max_iterations));
         for (auto _ : state)
@@ -363,16 +405,7 @@ void BM_RawLatency(benchmark::State& state)
             raw.Queue(hBuffer);
         }
         SetLatencyCounters(state, latencies);
-        camera.Device()->AcquisitionStop();
-    }
-    catch (const GenICam::GenericException& e)
-    {
-        state.SkipWithError(e.GetDescription());
-    }
-    catch (const std::exception& e)
-    {
-        state.SkipWithError(e.what());
-    }
+    });
 }
 
 /// Two identical cameras, one through raw GenTL and one through the SDK, timed in alternating
@@ -381,8 +414,7 @@ void BM_RawLatency(benchmark::State& state)
 /// drained untimed.
 void BM_InterleavedRawVsSdk(benchmark::State& state)
 {
-    try
-    {
+    Guarded(state, [&] {
         const int64_t width = state.range(0);
         const int64_t height = state.range(1);
         const int blockFrames = static_cast<int>(state.range(2));
@@ -397,41 +429,27 @@ void BM_InterleavedRawVsSdk(benchmark::State& state)
             SetInteger(session.Device(i), "Height", height);
             PaceCamera(session.Device(i), 0.0, "GreyDiagonalRampMoving");
         }
-        CRawStream raw(session.Device(0));
-        session.Device(0)->AcquisitionStart();
-        CIQvDataStreamPtr stream(session.Device(1)->CreateIQvDataStream(0, nullptr));
-        stream->SetStreamBufferCount(kBufferCount);
-        CListenerThreadProbe probe;
-        void* hProbe = stream->RegisterCallback(&probe);
-        stream->StartAcquisition();
-        session.Device(1)->AcquisitionStart();
-        stream->RetrieveBuffer(5000, QvTimeoutHandling_Throw)->Release();
-        while (probe.m_tid.load() == 0) // the callback runs after the buffer was queued as filled
-            std::this_thread::yield();
-        stream->DeregisterCallback(hProbe);
+        CRawAcquisition raw(session.Device(0));
+        CSdkAcquisition sdk(session.Device(1));
         const pid_t self = ThreadId();
-        const pid_t listener = probe.m_tid.load();
+        const pid_t listener = sdk.Listener();
 
         int64_t sdkMainCpuNs = 0, rawNs = 0, sdkNs = 0, rawCpuNs = 0, sdkCpuNs = 0, rawFrames = 0, sdkFrames = 0;
         for (auto _ : state)
         {
-            for (size_t i = 0; i < kBufferCount; ++i)
-                raw.Queue(raw.Next());
+            raw.Skip(kBufferCount);
             int64_t cpu = ThreadCpuNs(self);
             int64_t started = NowNs();
-            for (int i = 0; i < blockFrames; ++i)
-                raw.Queue(raw.Next());
+            raw.Skip(blockFrames);
             rawNs += NowNs() - started;
             rawCpuNs += ThreadCpuNs(self) - cpu;
             rawFrames += blockFrames;
 
-            for (size_t i = 0; i < kBufferCount; ++i)
-                stream->RetrieveBuffer(5000, QvTimeoutHandling_Throw)->Release();
+            sdk.Skip(kBufferCount);
             cpu = ThreadCpuNs(self) + ThreadCpuNs(listener);
             const int64_t mainCpu = ThreadCpuNs(self);
             started = NowNs();
-            for (int i = 0; i < blockFrames; ++i)
-                stream->RetrieveBuffer(5000, QvTimeoutHandling_Throw)->Release();
+            sdk.Skip(blockFrames);
             sdkNs += NowNs() - started;
             sdkMainCpuNs += ThreadCpuNs(self) - mainCpu;
             sdkCpuNs += ThreadCpuNs(self) + ThreadCpuNs(listener) - cpu;
@@ -445,31 +463,17 @@ void BM_InterleavedRawVsSdk(benchmark::State& state)
         state.counters["raw_cpu_us_per_frame"] = rawCpuNs / 1000.0 / rawFrames;
         state.counters["sdk_cpu_us_per_frame"] = sdkCpuNs / 1000.0 / sdkFrames;
         state.counters["sdk_main_cpu_us_per_frame"] = sdkMainCpuNs / 1000.0 / sdkFrames;
-        session.Device(1)->AcquisitionStop();
-        stream->StopAcquisition();
-        session.Device(0)->AcquisitionStop();
-    }
-    catch (const GenICam::GenericException& e)
-    {
-        state.SkipWithError(e.GetDescription());
-    }
-    catch (const std::exception& e)
-    {
-        state.SkipWithError(e.what());
-    }
+    });
 }
-// Per-pixel reads of a delivered buffer's image (and of an ROI view on it), against reading
-// the same bytes directly: the geometry must not cost a producer call per pixel.
+
+// Per-pixel reads of a delivered buffer's image (and of an ROI view on it): the geometry must
+// not cost a producer call per pixel.
 void BM_StreamBufferPixelAccess(benchmark::State& state)
 {
-    try
-    {
+    Guarded(state, [&] {
         CBenchCamera camera(640, 480, 0.0);
-        CIQvDataStreamPtr stream(camera.Device()->CreateIQvDataStream(0, nullptr));
-        stream->SetStreamBufferCount(kBufferCount);
-        stream->StartAcquisition();
-        camera.Device()->AcquisitionStart();
-        IQvStreamBufferReleasable* pBuffer = stream->RetrieveBuffer(5000, QvTimeoutHandling_Throw);
+        CSdkAcquisition sdk(camera.Device());
+        IQvStreamBufferReleasable* pBuffer = sdk.Next();
         IQvImage* pImage = pBuffer->GetIQvImage();
         if (state.range(0) == 1)
             pImage = pImage->GetROIImage(64, 64, 256, 256);
@@ -487,13 +491,7 @@ void BM_StreamBufferPixelAccess(benchmark::State& state)
         state.counters["ns_per_pixel"] =
             benchmark::Counter(static_cast<double>(pixels), benchmark::Counter::kIsRate | benchmark::Counter::kInvert);
         pBuffer->Release();
-        camera.Device()->AcquisitionStop();
-        stream->StopAcquisition();
-    }
-    catch (const GenICam::GenericException& e)
-    {
-        state.SkipWithError(e.GetDescription());
-    }
+    });
 }
 } // namespace
 

@@ -68,25 +68,17 @@ void CConverterNode::WriteLocked(double value, bool verify)
 
 void CConverterNode::DropCacheLocked()
 {
-    m_rangeValid = false;
+    m_range.Drop();
     CNode::DropCacheLocked();
 }
 
 void CConverterNode::RangeLocked(double& minimum, double& maximum)
 {
-    if (m_rangeValid)
-    {
-        minimum = m_rangeMin, maximum = m_rangeMax;
-        return;
-    }
-    ComputeRangeLocked(minimum, maximum);
     // Whatever changes pValue's range or a variable reaches this node and drops the range,
     // unless a NoCache node among them can change unannounced.
-    if (ValuesCacheableLocked())
-    {
-        m_rangeMin = minimum, m_rangeMax = maximum;
-        m_rangeValid = true;
-    }
+    m_range.Get(
+        minimum, maximum, [this](double& low, double& high) { ComputeRangeLocked(low, high); },
+        [this] { return ValuesCacheableLocked(); });
 }
 
 void CConverterNode::ComputeRangeLocked(double& minimum, double& maximum)

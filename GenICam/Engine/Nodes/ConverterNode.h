@@ -1,6 +1,7 @@
 #pragma once
 
 #include "Engine/Nodes/FloatBase.h"
+#include "Engine/Nodes/CachedRange.h"
 #include "Engine/Nodes/FormulaBinding.h"
 
 namespace GenApi
@@ -44,9 +45,6 @@ private:
     CNode* m_pValue = nullptr;
     ESlope m_slope = Automatic;
     bool m_isLinear = false;
-    // Min and Max cost two formula evaluations over pValue's range; kept until invalidated.
-    double m_rangeMin = 0;
-    double m_rangeMax = 0;
-    bool m_rangeValid = false;
+    CCachedRange<double> m_range;
 };
 } // namespace GenApi

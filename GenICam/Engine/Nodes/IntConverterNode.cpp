@@ -65,25 +65,17 @@ void CIntConverterNode::WriteLocked(int64_t value, bool verify)
 
 void CIntConverterNode::DropCacheLocked()
 {
-    m_rangeValid = false;
+    m_range.Drop();
     CNode::DropCacheLocked();
 }
 
 void CIntConverterNode::RangeLocked(int64_t& minimum, int64_t& maximum)
 {
-    if (m_rangeValid)
-    {
-        minimum = m_rangeMin, maximum = m_rangeMax;
-        return;
-    }
-    ComputeRangeLocked(minimum, maximum);
     // Whatever changes pValue's range or a variable reaches this node and drops the range,
     // unless a NoCache node among them can change unannounced.
-    if (ValuesCacheableLocked())
-    {
-        m_rangeMin = minimum, m_rangeMax = maximum;
-        m_rangeValid = true;
-    }
+    m_range.Get(
+        minimum, maximum, [this](int64_t& low, int64_t& high) { ComputeRangeLocked(low, high); },
+        [this] { return ValuesCacheableLocked(); });
 }
 
 void CIntConverterNode::ComputeRangeLocked(int64_t& minimum, int64_t& maximum)

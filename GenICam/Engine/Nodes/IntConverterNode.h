@@ -1,5 +1,6 @@
 #pragma once
 
+#include "Engine/Nodes/CachedRange.h"
 #include "Engine/Nodes/FormulaBinding.h"
 #include "Engine/Nodes/IntegerBase.h"
 
@@ -40,9 +41,6 @@ private:
     pugi::xml_node m_toElement, m_fromElement; // valid while loading only
     CNode* m_pValue = nullptr;
     ESlope m_slope = Automatic;
-    // Min and Max cost two formula evaluations over pValue's range; kept until invalidated.
-    int64_t m_rangeMin = 0;
-    int64_t m_rangeMax = 0;
-    bool m_rangeValid = false;
+    CCachedRange<int64_t> m_range;
 };
 } // namespace GenApi

@@ -6,6 +6,8 @@
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
+#include <string>
+#include <vector>
 
 #include <QvApi_TL.h>
 
@@ -63,40 +65,57 @@ size_t CountFeatureLines(const GenICam::gcstring& text)
 }
 } // namespace
 
-int RunGet(const CommandOptions_t& options)
+namespace
 {
-    const DeviceArguments_t arguments = SplitDeviceArguments(options.positionals, 1, "get [DEVICE] FEATURE");
+enum class EAccess_t
+{
+    Read,
+    Write
+};
+
+// Opens the device the arguments name and runs \a action on the features of the module that
+// --module names, with the arguments after the device.
+template <class Action>
+int RunOnFeatures(const CommandOptions_t& options, size_t count, const char* usage, EAccess_t access, Action action)
+{
+    const DeviceArguments_t arguments = SplitDeviceArguments(options.positionals, count, usage);
     CheckModuleName(options.module);
     CCameraSession session;
-    session.OpenDeviceForReading(arguments.device);
+    if (access == EAccess_t::Write)
+        session.OpenDevice(arguments.device, GenTL::DEVICE_ACCESS_CONTROL);
+    else
+        session.OpenDeviceForReading(arguments.device);
     CFeatureAccess features(ModulePort(session, options.module)->GetINodeMap(), ModuleTitle(options.module));
-    std::printf("%s\n", features.Get(arguments.rest[0]).c_str());
+    action(features, arguments.rest);
     return ExitCode_Ok;
+}
+} // namespace
+
+int RunGet(const CommandOptions_t& options)
+{
+    return RunOnFeatures(options, 1, "get [DEVICE] FEATURE", EAccess_t::Read,
+                         [](CFeatureAccess& features, const std::vector<std::string>& rest) {
+                             std::printf("%s\n", features.Get(rest[0]).c_str());
+                         });
 }
 
 int RunSet(const CommandOptions_t& options)
 {
-    const DeviceArguments_t arguments = SplitDeviceArguments(options.positionals, 2, "set [DEVICE] FEATURE VALUE");
-    CheckModuleName(options.module);
-    CCameraSession session;
-    session.OpenDevice(arguments.device, GenTL::DEVICE_ACCESS_CONTROL);
-    CFeatureAccess features(ModulePort(session, options.module)->GetINodeMap(), ModuleTitle(options.module));
-    features.Set(arguments.rest[0], arguments.rest[1]);
-    // Echo what the device took (it may round to its increment).
-    std::printf("%s = %s\n", arguments.rest[0].c_str(), features.Get(arguments.rest[0]).c_str());
-    return ExitCode_Ok;
+    return RunOnFeatures(options, 2, "set [DEVICE] FEATURE VALUE", EAccess_t::Write,
+                         [](CFeatureAccess& features, const std::vector<std::string>& rest) {
+                             features.Set(rest[0], rest[1]);
+                             // Echo what the device took (it may round to its increment).
+                             std::printf("%s = %s\n", rest[0].c_str(), features.Get(rest[0]).c_str());
+                         });
 }
 
 int RunExec(const CommandOptions_t& options)
 {
-    const DeviceArguments_t arguments = SplitDeviceArguments(options.positionals, 1, "exec [DEVICE] COMMAND");
-    CheckModuleName(options.module);
-    CCameraSession session;
-    session.OpenDevice(arguments.device, GenTL::DEVICE_ACCESS_CONTROL);
-    CFeatureAccess features(ModulePort(session, options.module)->GetINodeMap(), ModuleTitle(options.module));
-    features.Execute(arguments.rest[0]);
-    std::printf("%s executed\n", arguments.rest[0].c_str());
-    return ExitCode_Ok;
+    return RunOnFeatures(options, 1, "exec [DEVICE] COMMAND", EAccess_t::Write,
+                         [](CFeatureAccess& features, const std::vector<std::string>& rest) {
+                             features.Execute(rest[0]);
+                             std::printf("%s executed\n", rest[0].c_str());
+                         });
 }
 
 int RunFeaturesSave(const CommandOptions_t& options)

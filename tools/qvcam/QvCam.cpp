@@ -64,74 +64,53 @@ int main(int argc, char** argv)
     app.require_subcommand(1);
     app.set_version_flag("--version", std::string("qvcam ") + QVAPI_VERSION_TEXT);
 
-    auto bind = [&](CLI::App* pSub, int (*pRun)(const CommandOptions_t&)) { pSub->callback([&pCommand, pRun] { pCommand = pRun; }); };
-    auto positionals = [&](CLI::App* pSub, const char* text) { pSub->add_option("args", options.positionals, text); };
+    // A subcommand that runs pRun with the positional arguments described by argumentText.
+    auto command = [&](CLI::App* pParent, const char* name, const char* description,
+                       int (*pRun)(const CommandOptions_t&), const char* argumentText) {
+        CLI::App* pSub = pParent->add_subcommand(name, description);
+        pSub->callback([&pCommand, pRun] { pCommand = pRun; });
+        pSub->add_option("args", options.positionals, argumentText);
+        return pSub;
+    };
     auto module = [&](CLI::App* pSub) {
         pSub->add_option("--module", options.module, "system, interface, local, remote (default) or stream");
+        return pSub;
+    };
+    // Options of the commands that acquire.
+    auto acquisition = [&](CLI::App* pSub) {
+        pSub->add_option("--timeout", options.timeoutMs, "Longest wait for one frame in ms (default 5000)");
+        pSub->add_option("--set", options.presets, "NAME=VALUE: set a camera feature first (repeatable)");
+        pSub->add_option("--exec", options.commands, "COMMAND: execute a camera command first (repeatable)");
     };
 
-    CLI::App* pList = app.add_subcommand("list", "Producers on GENICAM_GENTL64_PATH, their interfaces and devices");
-    bind(pList, RunList);
-    positionals(pList, "(none)");
-
-    CLI::App* pInfo = app.add_subcommand("info", "Device information and its feature tree with values");
-    bind(pInfo, RunInfo);
-    positionals(pInfo, "[DEVICE]");
-    module(pInfo);
+    command(&app, "list", "Producers on GENICAM_GENTL64_PATH, their interfaces and devices", RunList, "(none)");
+    CLI::App* pInfo =
+        module(command(&app, "info", "Device information and its feature tree with values", RunInfo, "[DEVICE]"));
     pInfo->add_flag("--all", options.withInvisible, "Also show invisible features");
+    module(command(&app, "get", "Print a feature's value", RunGet, "[DEVICE] FEATURE"));
+    module(command(&app, "set", "Change a feature's value", RunSet, "[DEVICE] FEATURE VALUE"));
+    module(command(&app, "exec", "Execute a command feature", RunExec, "[DEVICE] COMMAND"));
 
-    CLI::App* pGet = app.add_subcommand("get", "Print a feature's value");
-    bind(pGet, RunGet);
-    positionals(pGet, "[DEVICE] FEATURE");
-    module(pGet);
-
-    CLI::App* pSet = app.add_subcommand("set", "Change a feature's value");
-    bind(pSet, RunSet);
-    positionals(pSet, "[DEVICE] FEATURE VALUE");
-    module(pSet);
-
-    CLI::App* pExec = app.add_subcommand("exec", "Execute a command feature");
-    bind(pExec, RunExec);
-    positionals(pExec, "[DEVICE] COMMAND");
-    module(pExec);
-
-    CLI::App* pGrab = app.add_subcommand("grab", "Grab frames into image files");
-    bind(pGrab, RunGrab);
-    positionals(pGrab, "[DEVICE]");
+    CLI::App* pGrab = command(&app, "grab", "Grab frames into image files", RunGrab, "[DEVICE]");
     pGrab->add_option("-n,--count", options.count, "Frames to grab (default 10)");
     pGrab->add_option("-o,--out", options.outFolder, "Output folder, created if its parent exists (default .)");
     pGrab->add_option("-f,--format", options.format, "png (for viewing), pgm (full depth) or raw (bytes as delivered)");
-    pGrab->add_option("--timeout", options.timeoutMs, "Longest wait for one frame in ms (default 5000)");
-    pGrab->add_option("--set", options.presets, "NAME=VALUE: set a camera feature first (repeatable)");
-    pGrab->add_option("--exec", options.commands, "COMMAND: execute a camera command first (repeatable)");
+    acquisition(pGrab);
 
-    CLI::App* pStream = app.add_subcommand("stream", "Stream and show frames/s, MB/s, dropped and incomplete frames");
-    bind(pStream, RunStream);
-    positionals(pStream, "[DEVICE]");
+    CLI::App* pStream =
+        command(&app, "stream", "Stream and show frames/s, MB/s, dropped and incomplete frames", RunStream, "[DEVICE]");
     pStream->add_option("-s,--seconds", options.seconds, "How long to stream (default 5)");
-    pStream->add_option("--timeout", options.timeoutMs, "Longest wait for one frame in ms (default 5000)");
-    pStream->add_option("--set", options.presets, "NAME=VALUE: set a camera feature first (repeatable)");
-    pStream->add_option("--exec", options.commands, "COMMAND: execute a camera command first (repeatable)");
+    acquisition(pStream);
 
     CLI::App* pFeatures = app.add_subcommand("features", "Save or load feature values (GenApi persistence file)");
     pFeatures->require_subcommand(1);
-    CLI::App* pSave = pFeatures->add_subcommand("save", "Save the device's feature values to FILE");
-    bind(pSave, RunFeaturesSave);
-    positionals(pSave, "[DEVICE] FILE");
-    module(pSave);
-    CLI::App* pLoad = pFeatures->add_subcommand("load", "Apply the feature values of FILE to the device");
-    bind(pLoad, RunFeaturesLoad);
-    positionals(pLoad, "[DEVICE] FILE");
-    module(pLoad);
+    module(command(pFeatures, "save", "Save the device's feature values to FILE", RunFeaturesSave, "[DEVICE] FILE"));
+    module(command(pFeatures, "load", "Apply the feature values of FILE to the device", RunFeaturesLoad,
+                   "[DEVICE] FILE"));
+    module(command(&app, "xml", "Save a module's GenICam description to FILE", RunXml, "[DEVICE] FILE"));
 
-    CLI::App* pXml = app.add_subcommand("xml", "Save a module's GenICam description to FILE");
-    bind(pXml, RunXml);
-    positionals(pXml, "[DEVICE] FILE");
-    module(pXml);
-
-    CLI::App* pDump = app.add_subcommand("genicam-dump", "Load a description file and print every node as JSON");
-    bind(pDump, RunGenICamDump);
-    positionals(pDump, "FILE");
+    CLI::App* pDump = command(&app, "genicam-dump", "Load a description file and print every node as JSON",
+                              RunGenICamDump, "FILE");
     pDump->add_option("--registers", options.registerFile, "Register values, lines 'ADDRESS HEXBYTES'");
     pDump->add_flag("--warnings", options.printWarnings, "Print what the loader tolerated to stderr");
 

@@ -260,6 +260,10 @@ void CNodeMapImpl::EndFiring(uint64_t ticket)
 
 bool CNodeMapImpl::IsRetired(CNodeCallback* pCallback)
 {
+    // A callback this thread retired is counted already; one another thread retires right now
+    // may still run: its Deregister waits for this firing.
+    if (m_retiredCount.load(std::memory_order_acquire) == 0)
+        return false;
     std::lock_guard<std::mutex> lock(m_firingMutex);
     for (const RetiredCallback_t& retired : m_retired)
         if (retired.pCallback == pCallback)
@@ -281,6 +285,7 @@ void CNodeMapImpl::TakeDestroyableLocked(std::vector<CNodeCallback*>& destroyabl
             *kept++ = retired;
     }
     m_retired.erase(kept, m_retired.end());
+    m_retiredCount.store(m_retired.size(), std::memory_order_release);
 }
 
 void CNodeMapImpl::RetireCallback(CNodeCallback* pCallback)
@@ -296,6 +301,7 @@ void CNodeMapImpl::RetireCallback(CNodeCallback* pCallback)
         }
         const uint64_t ticket = m_nextFiringTicket;
         m_retired.push_back({pCallback, ticket});
+        m_retiredCount.store(m_retired.size(), std::memory_order_release);
         const std::thread::id self = std::this_thread::get_id();
         for (const FiringSession_t& firing : m_firings)
             if (firing.thread == self)

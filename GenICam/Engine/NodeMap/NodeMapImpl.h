@@ -1,5 +1,6 @@
 #pragma once
 
+#include <atomic>
 #include <condition_variable>
 #include <cstdint>
 #include <memory>
@@ -218,6 +219,7 @@ private:
     std::condition_variable m_firingEnded;
     std::vector<FiringSession_t> m_firings;   // guarded by m_firingMutex
     std::vector<RetiredCallback_t> m_retired; // guarded by m_firingMutex
+    std::atomic<size_t> m_retiredCount{0};    // its size, for firings to skip the mutex
     uint64_t m_nextFiringTicket = 0;          // guarded by m_firingMutex
     size_t m_reachedKept = 0; // entries of all CNode::m_pReached lists
     static constexpr size_t kReachedPerNode = 64; // their bound, per node of the map
